@@ -1,0 +1,53 @@
+#include "App/AppStartup.h"
+
+#include <QtGlobal>
+
+#include <clocale>
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+QtMessageHandler previousHandler = nullptr;
+
+void exitOnFatal(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    if (type != QtFatalMsg) {
+        if (previousHandler)
+            previousHandler(type, context, message);
+        return;
+    }
+    std::fprintf(stderr, "velmplayerpro: cannot open a window: %s\n", qPrintable(message));
+    std::fflush(stderr);
+    std::_Exit(1);
+}
+
+} // namespace
+
+QString AppStartup::missingDisplayReason()
+{
+#if defined(Q_OS_UNIX) && !defined(Q_OS_MACOS)
+    if (!qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        return {};
+    if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
+        return QStringLiteral("no display found (neither DISPLAY nor WAYLAND_DISPLAY is set); "
+                              "start it from a desktop session or under Xvfb");
+#endif
+    return {};
+}
+
+void AppStartup::enterGuardedStart()
+{
+    previousHandler = qInstallMessageHandler(exitOnFatal);
+}
+
+void AppStartup::leaveGuardedStart()
+{
+    qInstallMessageHandler(previousHandler);
+    previousHandler = nullptr;
+}
+
+void AppStartup::fixNumericLocale()
+{
+    std::setlocale(LC_NUMERIC, "C");
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QString>
+
+// What must happen around the construction of the QApplication: a machine without any display
+// gets a clear message and exit status 1 instead of Qt's abort.
+class AppStartup
+{
+public:
+    AppStartup() = delete;
+
+    // Why no window can be opened, judged from the environment before Qt is asked; empty when a
+    // display may be there.
+    static QString missingDisplayReason();
+    // From here until leaveGuardedStart(), a fatal Qt message (the platform plugin could not
+    // connect to its display server) ends the process with status 1 and a clear message.
+    static void enterGuardedStart();
+    static void leaveGuardedStart();
+    // Sets the process state that libraries loaded later rely on: numbers printed and read with
+    // a "." decimal point whatever the user's locale.
+    static void fixNumericLocale();
+};

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <QMainWindow>
+
+// The application's one window, titled with the product name, 700 × 430 when first opened; its
+// content never shrinks below 520 × 360.
+class AppWindow : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    static constexpr QSize defaultSize{700, 430};
+    static constexpr QSize minimumContentSize{520, 360};
+
+    explicit AppWindow(QWidget *parent = nullptr);
+};

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QByteArray>
+#include <QStringView>
+
+// JSON text as the saved-links store has always written it: strings escape '"', '\\', '/' (as
+// "\/") and control characters; everything else is written as UTF-8. Stored bytes must stay
+// byte-for-byte stable, so this writer is used instead of QJsonDocument (which sorts keys and
+// leaves "/" alone).
+class JsonText
+{
+public:
+    JsonText() = delete;
+
+    static void appendString(QByteArray &out, QStringView text);
+    static QByteArray quoted(QStringView text);
+};

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "Web/WebAddress.h"
+
+#include <QString>
+#include <QUuid>
+
+#include <optional>
+
+// One playable channel or saved link: a channel of a network playlist, a saved link, and a line
+// pair of an exported file are all this record. Equality covers every field, id included.
+struct PlaylistEntry
+{
+    QUuid id;
+    QString name;
+    WebAddress url; // absolute
+    std::optional<WebAddress> logoURL;
+    std::optional<QString> groupTitle;
+    std::optional<QString> countryCode; // upper-case, two characters
+
+    friend bool operator==(const PlaylistEntry &, const PlaylistEntry &) = default;
+};
+
+size_t qHash(const PlaylistEntry &entry, size_t seed = 0);

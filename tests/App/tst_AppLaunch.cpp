@@ -1,0 +1,93 @@
+#include "App/AppIdentity.h"
+
+#include "ProcessRunner.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// The environment of a machine with no display at all.
+QProcessEnvironment withoutDisplay()
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+        environment.remove(QString::fromLatin1(name));
+    return environment;
+}
+
+} // namespace
+
+class tst_AppLaunch : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void answersWithoutDisplay_data();
+    void answersWithoutDisplay();
+    void refusesCleanlyWhenNoWindowCanOpen_data();
+    void refusesCleanlyWhenNoWindowCanOpen();
+};
+
+void tst_AppLaunch::answersWithoutDisplay_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QByteArray>("out");
+    QTest::addColumn<QByteArray>("err");
+
+    QTest::newRow("version") << QStringList{u"--version"_s} << 0
+                             << (AppIdentity::displayName.toString() + u' ' +
+                                 AppIdentity::version.toString() + u'\n')
+                                    .toUtf8()
+                             << QByteArray();
+    QTest::newRow("help") << QStringList{u"--help"_s, u"file.mp4"_s} << 0
+                          << QByteArray("Usage: velmplayerpro [OPTION]... [FILE|URL]...")
+                          << QByteArray();
+    QTest::newRow("unknown option") << QStringList{u"--frobnicate"_s} << 2 << QByteArray()
+                                    << QByteArray("velmplayerpro: unknown option: --frobnicate");
+}
+
+void tst_AppLaunch::answersWithoutDisplay()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(int, exitCode);
+    QFETCH(QByteArray, out);
+    QFETCH(QByteArray, err);
+    const ProcessResult result =
+        runProcess(QStringLiteral(VELM_APP), arguments, {}, withoutDisplay());
+    QVERIFY(result.finished);
+    QCOMPARE(result.exitCode, exitCode);
+    QVERIFY2(result.out.startsWith(out), result.out.constData());
+    QVERIFY2(result.err.startsWith(err), result.err.constData());
+}
+
+void tst_AppLaunch::refusesCleanlyWhenNoWindowCanOpen_data()
+{
+    QTest::addColumn<QString>("display"); // empty: none set at all
+    QTest::addColumn<QByteArray>("message");
+
+    QTest::newRow("no display variable")
+        << QString() << QByteArray("velmplayerpro: no display found");
+    // A display server that is not there: Qt's platform plugin gives up and we turn its abort
+    // into a message and a plain exit.
+    QTest::newRow("unreachable display")
+        << u":4242"_s << QByteArray("velmplayerpro: cannot open a window");
+}
+
+void tst_AppLaunch::refusesCleanlyWhenNoWindowCanOpen()
+{
+    QFETCH(QString, display);
+    QFETCH(QByteArray, message);
+    QProcessEnvironment environment = withoutDisplay();
+    if (!display.isEmpty())
+        environment.insert(u"DISPLAY"_s, display);
+    const ProcessResult result = runProcess(QStringLiteral(VELM_APP), {}, {}, environment);
+    QVERIFY2(result.finished, "the player crashed instead of exiting");
+    QCOMPARE(result.exitCode, 1);
+    QVERIFY2(result.err.contains(message), result.err.constData());
+}
+
+QTEST_GUILESS_MAIN(tst_AppLaunch)
+#include "tst_AppLaunch.moc"

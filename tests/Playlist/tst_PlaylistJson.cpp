@@ -1,0 +1,158 @@
+#include "Playlist/PlaylistJson.h"
+#include "Playlist/PlaylistParser.h"
+#include "Playlist/PlaylistTextDecoder.h"
+
+#include "TestData.h"
+
+#include <QSet>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+PlaylistEntry fullEntry()
+{
+    return {QUuid::fromString(u"e621e1f8-c36c-495a-93fc-0c247a3e6e5f"),
+            u"Say \"Hi\" / \U0001F642\n\u0001"_s,
+            *WebAddress::fromText(u"https://h/p?q=1"),
+            WebAddress::fromText(u"file:///l/x.png"),
+            u"News"_s,
+            u"GB"_s};
+}
+
+PlaylistEntry minimalEntry()
+{
+    return {QUuid::fromString(u"00000000-0000-4000-8000-00000000000A"),
+            u"B"_s,
+            *WebAddress::fromText(u"http://b"),
+            {},
+            {},
+            {}};
+}
+
+} // namespace
+
+class tst_PlaylistJson : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void writesTheStoredBytes();
+    void roundTripsRealPlaylists();
+    void decodesStrictly_data();
+    void decodesStrictly();
+    void equalityAndHashCoverEveryField();
+};
+
+void tst_PlaylistJson::writesTheStoredBytes()
+{
+    const QByteArray expected =
+        "[{\"id\":\"E621E1F8-C36C-495A-93FC-0C247A3E6E5F\","
+        "\"name\":\"Say \\\"Hi\\\" \\/ \xF0\x9F\x99\x82\\n\\u0001\","
+        "\"url\":\"https:\\/\\/h\\/p?q=1\",\"logoURL\":\"file:\\/\\/\\/l\\/x.png\","
+        "\"groupTitle\":\"News\",\"countryCode\":\"GB\"},"
+        "{\"id\":\"00000000-0000-4000-8000-00000000000A\",\"name\":\"B\",\"url\":\"http:\\/\\/"
+        "b\"}]";
+    QCOMPARE(PlaylistJson::encode(QList<PlaylistEntry>{fullEntry(), minimalEntry()}), expected);
+    QCOMPARE(PlaylistJson::encode(QList<PlaylistEntry>{}), QByteArray("[]"));
+}
+
+void tst_PlaylistJson::roundTripsRealPlaylists()
+{
+    const QString file = u"m3u/derived/iptv-org-2021-channels-all.m3u"_s;
+    const QList<PlaylistEntry> entries =
+        PlaylistParser::parse(*PlaylistTextDecoder::decode(readSharedTestData(file)),
+                              WebAddress::fromLocalFile(sharedTestData(file)));
+    QVERIFY(entries.size() > 10000);
+    const std::optional<QList<PlaylistEntry>> decoded =
+        PlaylistJson::decodeList(PlaylistJson::encode(entries));
+    QVERIFY(decoded);
+    QCOMPARE(*decoded, entries);
+    const QList<PlaylistEntry> edgeEntries{fullEntry(), minimalEntry()};
+    QCOMPARE(PlaylistJson::decodeList(PlaylistJson::encode(edgeEntries)), edgeEntries);
+}
+
+void tst_PlaylistJson::decodesStrictly_data()
+{
+    QTest::addColumn<QByteArray>("json");
+    QTest::addColumn<int>("count"); // -1: the whole list is rejected
+
+    const QByteArray id = "\"id\":\"E621E1F8-C36C-495A-93FC-0C247A3E6E5F\"";
+    const QByteArray minimal = "{" + id + ",\"name\":\"A\",\"url\":\"http:\\/\\/a\"";
+    const auto list = [&](const QByteArray &extra) { return "[" + minimal + extra + "}]"; };
+    QTest::newRow("minimal") << list("") << 1;
+    QTest::newRow("empty list") << QByteArray("[]") << 0;
+    QTest::newRow("unknown key ignored") << list(",\"rating\":5") << 1;
+    QTest::newRow("null optional is absent") << list(",\"logoURL\":null,\"groupTitle\":null") << 1;
+    QTest::newRow("lower-case id")
+        << QByteArray("[{\"id\":\"e621e1f8-c36c-495a-93fc-0c247a3e6e5f\","
+                      "\"name\":\"A\",\"url\":\"a\"}]")
+        << 1;
+    QTest::newRow("missing id") << QByteArray("[{\"name\":\"A\",\"url\":\"http://a\"}]") << -1;
+    QTest::newRow("missing name") << QByteArray("[{" + id + ",\"url\":\"http://a\"}]") << -1;
+    QTest::newRow("missing url") << QByteArray("[{" + id + ",\"name\":\"A\"}]") << -1;
+    QTest::newRow("null name") << QByteArray("[{" + id + ",\"name\":null,\"url\":\"http://a\"}]")
+                               << -1;
+    QTest::newRow("id not a UUID")
+        << QByteArray("[{\"id\":\"xyz\",\"name\":\"A\",\"url\":\"a\"}]") << -1;
+    QTest::newRow("id in braces")
+        << QByteArray(
+               "[{\"id\":\"{E621E1F8-C36C-495A-93FC-0C247A3E6E5F}\",\"name\":\"A\",\"url\":\"a\"}]")
+        << -1;
+    QTest::newRow("name of the wrong kind")
+        << QByteArray("[{" + id + ",\"name\":7,\"url\":\"a\"}]") << -1;
+    QTest::newRow("invalid url") << QByteArray("[{" + id +
+                                               ",\"name\":\"A\",\"url\":\"http://a b\"}]")
+                                 << -1;
+    QTest::newRow("logo of the wrong kind") << list(",\"logoURL\":5") << -1;
+    QTest::newRow("invalid logo") << list(",\"logoURL\":\"a b\"") << -1;
+    QTest::newRow("group of the wrong kind") << list(",\"groupTitle\":[]") << -1;
+    QTest::newRow("country of the wrong kind") << list(",\"countryCode\":true") << -1;
+    QTest::newRow("one bad record spoils the list")
+        << ("[" + minimal + "}," + "{\"name\":\"B\"}]") << -1;
+    QTest::newRow("element not an object") << QByteArray("[1]") << -1;
+    QTest::newRow("object instead of list") << QByteArray(minimal + "}") << -1;
+    QTest::newRow("damaged") << list("").chopped(1) << -1;
+    QTest::newRow("not JSON") << QByteArray("\x00\xff garbage", 10) << -1;
+}
+
+void tst_PlaylistJson::decodesStrictly()
+{
+    QFETCH(QByteArray, json);
+    QFETCH(int, count);
+    const std::optional<QList<PlaylistEntry>> decoded = PlaylistJson::decodeList(json);
+    QCOMPARE(decoded ? int(decoded->size()) : -1, count);
+}
+
+void tst_PlaylistJson::equalityAndHashCoverEveryField()
+{
+    const PlaylistEntry base = fullEntry();
+    QList<PlaylistEntry> variants;
+    const auto vary = [&](auto change) {
+        PlaylistEntry entry = base;
+        change(entry);
+        variants.append(entry);
+    };
+    vary([](PlaylistEntry &e) { e.id = QUuid::createUuid(); });
+    vary([](PlaylistEntry &e) { e.name += u'!'; });
+    vary([](PlaylistEntry &e) { e.url = *WebAddress::fromText(u"HTTPS://h/p?q=1"); });
+    vary([](PlaylistEntry &e) { e.logoURL.reset(); });
+    vary([](PlaylistEntry &e) { e.groupTitle = QString(); }); // present but empty
+    vary([](PlaylistEntry &e) { e.groupTitle.reset(); });
+    vary([](PlaylistEntry &e) { e.countryCode = u"gb"_s; });
+
+    QSet<PlaylistEntry> set{base};
+    for (const PlaylistEntry &variant : variants) {
+        QVERIFY(variant != base);
+        QVERIFY(qHash(variant) != qHash(base));
+        set.insert(variant);
+    }
+    QCOMPARE(set.size(), variants.size() + 1);
+    PlaylistEntry copy = base;
+    QCOMPARE(copy, base);
+    QCOMPARE(qHash(copy), qHash(base));
+}
+
+QTEST_APPLESS_MAIN(tst_PlaylistJson)
+#include "tst_PlaylistJson.moc"

@@ -1,0 +1,308 @@
+#include "Playlist/PlaylistParser.h"
+#include "Playlist/PlaylistTextDecoder.h"
+
+#include "TestData.h"
+
+#include <QSet>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// "name|url|logo|group|country" with "-" for an absent field: one readable line per entry.
+QString describe(const PlaylistEntry &entry)
+{
+    return QStringList{entry.name, entry.url.text(), entry.logoURL ? entry.logoURL->text() : u"-"_s,
+                       entry.groupTitle.value_or(u"-"_s), entry.countryCode.value_or(u"-"_s)}
+        .join(u'|');
+}
+
+QStringList describeAll(const QList<PlaylistEntry> &entries)
+{
+    QStringList lines;
+    for (const PlaylistEntry &entry : entries)
+        lines.append(describe(entry));
+    return lines;
+}
+
+const WebAddress &remoteBase()
+{
+    static const WebAddress base = *WebAddress::fromText(u"http://h/lists/index.m3u");
+    return base;
+}
+
+QList<PlaylistEntry> parseShared(const QString &relativePath)
+{
+    const std::optional<QString> text =
+        PlaylistTextDecoder::decode(readSharedTestData(relativePath));
+    return PlaylistParser::parse(text.value_or(QString()),
+                                 WebAddress::fromLocalFile(sharedTestData(relativePath)));
+}
+
+const PlaylistEntry *findByUrl(const QList<PlaylistEntry> &entries, QStringView url)
+{
+    for (const PlaylistEntry &entry : entries) {
+        if (entry.url.text() == url)
+            return &entry;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+class tst_PlaylistParser : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void parses_data();
+    void parses();
+    void lineEndingsDoNotMatter();
+    void everyEntryHasItsOwnId();
+    void readsPlaylistsFromTheWild_data();
+    void readsPlaylistsFromTheWild();
+    void survivesHostileInput_data();
+    void survivesHostileInput();
+};
+
+void tst_PlaylistParser::parses_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QStringList>("expected");
+
+    const auto row = [](const char *name, const char16_t *text, QStringList expected) {
+        QTest::newRow(name) << QString::fromUtf16(text) << expected;
+    };
+    row("full description",
+        u"#EXTM3U\n#EXTINF:-1 tvg-logo=\"http://l/x.png\" group-title=\"News\" "
+        u"tvg-country=\"gb\",BBC News\nhttp://s/bbc.m3u8",
+        {u"BBC News|http://s/bbc.m3u8|http://l/x.png|News|GB"_s});
+    row("blank title falls back to tvg-name", u"#EXTINF:-1 tvg-name=\"Alpha\", \nhttp://s/a",
+        {u"Alpha|http://s/a|-|-|-"_s});
+    row("no comma: the line is the title", u"#EXTINF:-1 tvg-name=\"Alpha\"\nhttp://s/a",
+        {u"#EXTINF:-1 tvg-name=\"Alpha\"|http://s/a|-|-|-"_s});
+    row("nothing after the comma: the text before it", u"#EXTINF:-1 group-title=\"G\",\nhttp://s/a",
+        {u"#EXTINF:-1 group-title=\"G\"|http://s/a|-|G|-"_s});
+    row("commas inside the title survive", u"#EXTINF:-1,News, Weather & More\nhttp://s/a",
+        {u"News, Weather & More|http://s/a|-|-|-"_s});
+    row("a comma in an attribute ends the attributes",
+        u"#EXTINF:-1 tvg-name=\"A,B\",Title\nhttp://s/a", {u"B\",Title|http://s/a|-|-|-"_s});
+    row("only the first comma splits", u"#EXTINF:-1,,Name\nhttp://s/a",
+        {u",Name|http://s/a|-|-|-"_s});
+    row("attribute names ignore case", u"#EXTINF:-1 TVG-NAME=\"X\" Group-Title=\"G\", \nhttp://s/a",
+        {u"X|http://s/a|-|G|-"_s});
+    row("unquoted values are not attributes", u"#EXTINF:-1 group-title=News,Chan\nhttp://s/a",
+        {u"Chan|http://s/a|-|-|-"_s});
+    row("unclosed quote is no value", u"#EXTINF:-1 group-title=\"News,Chan\nhttp://s/a",
+        {u"Chan|http://s/a|-|-|-"_s});
+    row("blank attribute is no value", u"#EXTINF:-1 group-title=\"  \",C\nhttp://s/a",
+        {u"C|http://s/a|-|-|-"_s});
+    row("attribute values are trimmed", u"#EXTINF:-1 group-title=\"\tNews \",C\nhttp://s/a",
+        {u"C|http://s/a|-|News|-"_s});
+    row("invalid logo is dropped", u"#EXTINF:-1 tvg-logo=\"http://l/a b.png\",C\nhttp://s/a",
+        {u"C|http://s/a|-|-|-"_s});
+    row("logo is not resolved", u"#EXTINF:-1 tvg-logo=\"logo.png\",C\nchunk/1.m3u8",
+        {u"C|http://h/lists/chunk/1.m3u8|logo.png|-|-"_s});
+    row("escaped file name", u"http://h/My%20Show.mp4",
+        {u"My Show.mp4|http://h/My%20Show.mp4|-|-|-"_s});
+    row("host when the path is empty", u"http://example.com",
+        {u"example.com|http://example.com|-|-|-"_s});
+    row("root path names itself", u"http://example.com/", {u"/|http://example.com/|-|-|-"_s});
+    row("undecodable name falls back to host", u"http://h/%FF", {u"h|http://h/%FF|-|-|-"_s});
+    row("Stream when nothing else", u"x-stream:", {u"Stream|x-stream:|-|-|-"_s});
+    row("relative lines resolve", u"chunk/1.m3u8\n../live.ts",
+        {u"1.m3u8|http://h/lists/chunk/1.m3u8|-|-|-"_s, u"live.ts|http://h/live.ts|-|-|-"_s});
+    row("country list", u"#EXTINF:-1 tvg-country=\"us;ca\",C\nhttp://s/a",
+        {u"C|http://s/a|-|-|US"_s});
+    row("country list with leading separators",
+        u"#EXTINF:-1 tvg-country=\";; CA US\",C\nhttp://s/a", {u"C|http://s/a|-|-|CA"_s});
+    row("unusable tvg-country uses tvg-id",
+        u"#EXTINF:-1 tvg-country=\"USA\" tvg-id=\"foo.fr\",C\nhttp://s/a",
+        {u"C|http://s/a|-|-|FR"_s});
+    row("unusable tvg-country never uses country",
+        u"#EXTINF:-1 tvg-country=\"USA\" country=\"DE\",C\nhttp://s/a", {u"C|http://s/a|-|-|-"_s});
+    row("country without tvg-country", u"#EXTINF:-1 country=\"de\",C\nhttp://s/a",
+        {u"C|http://s/a|-|-|DE"_s});
+    row("id with quality suffix", u"#EXTINF:-1 tvg-id=\"BBCOne.uk@HD\",C\nhttp://s/a",
+        {u"C|http://s/a|-|-|UK"_s});
+    row("id of two characters", u"#EXTINF:-1 tvg-id=\"de\",C\nhttp://s/a",
+        {u"C|http://s/a|-|-|DE"_s});
+    row("id without country", u"#EXTINF:-1 tvg-id=\"abc\",C\nhttp://s/a",
+        {u"C|http://s/a|-|-|-"_s});
+    row("id starting with at-signs", u"#EXTINF:-1 tvg-id=\"@@x.fr@SD\",C\nhttp://s/a",
+        {u"C|http://s/a|-|-|FR"_s});
+    row("id with trailing dots", u"#EXTINF:-1 tvg-id=\"x.es..\",C\nhttp://s/a",
+        {u"C|http://s/a|-|-|ES"_s});
+    row("length in characters, not code units",
+        u"#EXTINF:-1 tvg-country=\"e\u0301s\",C\nhttp://s/a", {u"C|http://s/a|-|-|E\u0301S"_s});
+    row("upper-casing can lengthen", u"#EXTINF:-1 tvg-country=\"\u00df\",C\nhttp://s/a",
+        {u"C|http://s/a|-|-|SS"_s});
+    row("invalid address keeps the description",
+        u"#EXTINF:-1 group-title=\"G\",Named\nhttp://a b/\nhttp://s/ok",
+        {u"Named|http://s/ok|-|G|-"_s});
+    row("description applies to one address", u"#EXTINF:-1,A\nhttp://s/1\nhttp://s/2",
+        {u"A|http://s/1|-|-|-"_s, u"2|http://s/2|-|-|-"_s});
+    row("second description replaces the first",
+        u"#EXTINF:-1 group-title=\"G1\",First\n#EXTINF:-1,Second\nhttp://s/a",
+        {u"Second|http://s/a|-|-|-"_s});
+    row("directives between description and address",
+        u"#EXTINF:-1,Chan\n#EXTVLCOPT:http-user-agent=X\n#KODIPROP:inputstream=adaptive\n"
+        u"#EXTGRP:Kino\nhttp://s/a",
+        {u"Chan|http://s/a|-|-|-"_s});
+    row("description prefix is case-sensitive", u"#extinf:-1,X\nhttp://s/a",
+        {u"a|http://s/a|-|-|-"_s});
+    row("bare #EXTINF is a comment", u"#EXTINF\nhttp://s/a", {u"a|http://s/a|-|-|-"_s});
+    row("white space around lines", u"   #EXTINF:-1,  Spaced  \t\n\t http://s/a  \n\u3000\n",
+        {u"Spaced|http://s/a|-|-|-"_s});
+    row("Unicode line separators",
+        u"#EXTINF:-1,A\u2028http://s/a\u0085#EXTINF:-1,B\u000bhttp://s/b",
+        {u"A|http://s/a|-|-|-"_s, u"B|http://s/b|-|-|-"_s});
+    row("header after a byte-order mark", u"\ufeff#EXTM3U\n#EXTINF:-1,A\nhttp://s/a",
+        {u"A|http://s/a|-|-|-"_s});
+    row("only comments", u"#EXTM3U\n# just a note\n#EXTVLCOPT:x", {});
+    row("only descriptions", u"#EXTINF:-1,A\n#EXTINF:-1,B", {});
+    row("empty text", u"", {});
+}
+
+void tst_PlaylistParser::parses()
+{
+    QFETCH(QString, text);
+    QFETCH(QStringList, expected);
+    QCOMPARE(describeAll(PlaylistParser::parse(text, remoteBase())), expected);
+}
+
+void tst_PlaylistParser::lineEndingsDoNotMatter()
+{
+    const QString lf =
+        u"#EXTM3U\n#EXTINF:-1 group-title=\"G\",A\nhttp://s/a\n\n#EXTINF:-1,B\nrel/b.ts\n"_s;
+    const QStringList expected = describeAll(PlaylistParser::parse(lf, remoteBase()));
+    QCOMPARE(expected.size(), 2);
+    QString crlf = lf;
+    crlf.replace(u"\n"_s, u"\r\n"_s);
+    QString cr = lf;
+    cr.replace(u'\n', u'\r');
+    QCOMPARE(describeAll(PlaylistParser::parse(crlf, remoteBase())), expected);
+    QCOMPARE(describeAll(PlaylistParser::parse(cr, remoteBase())), expected);
+}
+
+void tst_PlaylistParser::everyEntryHasItsOwnId()
+{
+    const QList<PlaylistEntry> entries = parseShared(u"m3u/iptv-org-2021-channels/us.m3u"_s);
+    QVERIFY(entries.size() > 3000);
+    QSet<QUuid> ids;
+    for (const PlaylistEntry &entry : entries) {
+        QCOMPARE(entry.id.version(), QUuid::Random);
+        QCOMPARE(entry.id.variant(), QUuid::DCE);
+        ids.insert(entry.id);
+    }
+    QCOMPARE(ids.size(), entries.size());
+    // Parsing the same text again gives the same channels under new ids.
+    const QList<PlaylistEntry> again = parseShared(u"m3u/iptv-org-2021-channels/us.m3u"_s);
+    QCOMPARE(describeAll(again), describeAll(entries));
+    QVERIFY(again.first().id != entries.first().id);
+}
+
+void tst_PlaylistParser::readsPlaylistsFromTheWild_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<int>("count");
+    QTest::addColumn<QString>("url");      // one entry to look at
+    QTest::addColumn<QString>("expected"); // describe() of that entry, url left out
+
+    QTest::newRow("tab inside an attribute value")
+        << u"m3u/iptv-org-history-oddities/us_moveonjoy_tab_in_attr.m3u"_s << 233
+        << u"http://fl41.moveonjoy.com/AL_MOBILE_FOX/index.m3u8"_s
+        << u"WALA FOX (Mobile AL)|-|-|US"_s;
+    QTest::newRow("single-quoted attribute is not an attribute")
+        << u"m3u/iptv-org-history-oddities/th_unbalanced_single_quote.m3u"_s << 61
+        << u"https://edge6a.v2h-cdn.com/thairathhd/thairathHD.stream/playlist.m3u8"_s
+        << u"Thairath TV (720p)|-|-|-"_s;
+    QTest::newRow("bare #EXTINF without header")
+        << u"m3u/iptv-org-history-oddities/dm_bare_extinf_no_comma.m3u"_s << 1
+        << u"https://liveurestreamingcomlive.cdn.ypt.me/62ec67ea435c6.m3u8"_s
+        << u"TDN TV (1080p) [Not 24/7]|-|-|DM"_s;
+    QTest::newRow("space before the duration")
+        << u"m3u/iptv-org-history-oddities/in_space_before_duration.m3u"_s << 365
+        << u"http://103.199.161.254/Content/7smusic/Live/Channel(7smusic)/index.m3u8"_s
+        << u"7S Music (576p) [Not 24/7]|-|-|IN"_s;
+    QTest::newRow("two playlists pasted together")
+        << u"m3u/iptv-org-history-oddities/ir_two_extm3u_headers.m3u"_s << 32
+        << u"https://tv.iraniancongress.com/stream/tv.m3u8"_s
+        << u"National Iranian Congress TV|-|-|IR"_s;
+    QTest::newRow("stray text line keeps no description")
+        << u"m3u/iptv-org-history-oddities/us_afrolandtv_non_url_line.m3u"_s << 22
+        << u"https://stream.ads.ottera.tv/playlist.m3u8?content_livestream=1&network_id=11083"_s
+        << u"playlist.m3u8|-|-|-"_s;
+    QTest::newRow("lone CR, unquoted attributes, Latin-1")
+        << u"m3u/free-iptv-countries-legacy-encodings/01_German.cp1252_loneCR_unquoted.m3u"_s << 22
+        << u"https://mcdn.daserste.de/daserste/de/master_3744.m3u8"_s
+        << u"Das Erste|-|GERMAN TV|-"_s;
+    QTest::newRow("Latin-1 fallback keeps every byte")
+        << u"m3u/free-iptv-countries-legacy-encodings/SK01_SLOVAKIA.cp1252.m3u"_s << 20
+        << u"http://lb.streaming.sk/tvnasa/stream/playlist.m3u8"_s
+        << u"Ko\u009aice:dnes|https://i.imgur.com/ypZ4H5m.jpg|SLOVAKIA|-"_s;
+    QTest::newRow("relative playlist addresses")
+        << u"m3u/iptv-org-2021-channels/index.m3u"_s << 161
+        << QString(WebAddress::fromLocalFile(
+                       sharedTestData(u"m3u/iptv-org-2021-channels/channels/af.m3u"_s))
+                       .text())
+        << u"Afghanistan|-|-|-"_s;
+    QTest::newRow("peer fixture with a comma in a logo")
+        << u"peer-fixtures/freearhey-iptv-playlist-parser/base.m3u"_s << 6
+        << u"http://livestream.htp.tv/hls-live/livepkgr/_definst_/H1/H1_HQ.m3u8"_s
+        << u"Mic_.2KNN9OHw1p.png.pagespeed.ce.2KNN9OHw1p.png\" "
+           u"tvg-url=\"http://195.154.221.171/epg/"
+           u"guide.xml.gz\" tvg-rec=\"3\" group-title=\"Music\",Channel 1 (Tested)|"
+           u"http://www.rtvchannel.com.au/wp-content/uploads/2017/04/xshow_08.png,"
+           u"Mic_.2KNN9OHw1p.png.pagespeed.ce.2KNN9OHw1p.png|Music|-"_s;
+}
+
+void tst_PlaylistParser::readsPlaylistsFromTheWild()
+{
+    QFETCH(QString, file);
+    QFETCH(int, count);
+    QFETCH(QString, url);
+    QFETCH(QString, expected);
+    const QList<PlaylistEntry> entries = parseShared(file);
+    QCOMPARE(entries.size(), count);
+    const PlaylistEntry *entry = findByUrl(entries, url);
+    QVERIFY2(entry, qPrintable(url));
+    QStringList fields = describe(*entry).split(u'|');
+    fields.removeAt(fields.size() - 4); // the url, already matched
+    QCOMPARE(fields.join(u'|'), expected);
+}
+
+void tst_PlaylistParser::survivesHostileInput_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("count");
+
+    const QString longName(50 * 1024 * 1024, u'x');
+    QTest::newRow("50 MB description line")
+        << (u"#EXTINF:-1 tvg-name=\""_s + longName + u"\nhttp://s/a"_s) << 1;
+    QTest::newRow("50 MB address line") << (u"http://s/"_s + longName) << 1;
+    QTest::newRow("50 MB of one attribute name")
+        << (u"#EXTINF:-1 "_s + QString(u"tvg-logo"_s).repeated(6 * 1024 * 1024) + u"\nhttp://s/a"_s)
+        << 1;
+    QTest::newRow("a million descriptions without addresses")
+        << QString(u"#EXTINF:-1 tvg-id=\"x.us\" group-title=\"G\",Name\n"_s).repeated(1000000) << 0;
+    QTest::newRow("a million blank lines") << QString(u" \t\r\n"_s).repeated(1000000) << 0;
+    QTest::newRow("NUL characters")
+        << QString(u"#EXTINF:-1,A"_s + QChar(0) + u"B\nhttp://s/a"_s + QChar(0) + u"\nhttp://s/b"_s)
+        << 1;
+    QTest::newRow("unclosed quotes everywhere")
+        << QString(u"#EXTINF:-1 tvg-name=\"a tvg-logo=\"b group-title=\"c\nhttp://s/a\n"_s)
+               .repeated(100000)
+        << 100000;
+}
+
+void tst_PlaylistParser::survivesHostileInput()
+{
+    QFETCH(QString, text);
+    QFETCH(int, count);
+    QCOMPARE(PlaylistParser::parse(text, remoteBase()).size(), count);
+}
+
+QTEST_APPLESS_MAIN(tst_PlaylistParser)
+#include "tst_PlaylistParser.moc"

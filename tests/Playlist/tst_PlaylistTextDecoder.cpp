@@ -1,0 +1,59 @@
+#include "Playlist/PlaylistTextDecoder.h"
+
+#include "TestData.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+class tst_PlaylistTextDecoder : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void decodes_data();
+    void decodes();
+    void decodesRealFiles();
+};
+
+void tst_PlaylistTextDecoder::decodes_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("text");
+
+    QTest::newRow("UTF-8") << QByteArray("Caf\xc3\xa9 \xe2\x80\x94 \xf0\x9f\x99\x82")
+                           << u"Caf\u00e9 \u2014 \U0001F642"_s;
+    QTest::newRow("byte-order mark dropped")
+        << QByteArray("\xef\xbb\xbf#EXTM3U\n") << u"#EXTM3U\n"_s;
+    QTest::newRow("Latin-1") << QByteArray("Caf\xe9") << u"Caf\u00e9"_s;
+    QTest::newRow("one bad byte makes it all Latin-1")
+        << QByteArray("\xc3\xa9 \xff") << u"\u00c3\u00a9 \u00ff"_s;
+    QTest::newRow("overlong form is not UTF-8") << QByteArray("\xc0\xaf") << u"\u00c0\u00af"_s;
+    QTest::newRow("encoded surrogate is not UTF-8")
+        << QByteArray("\xed\xa0\x80") << u"\u00ed\u00a0\u0080"_s;
+    QTest::newRow("truncated sequence") << QByteArray("ok\xe2\x80") << u"ok\u00e2\u0080"_s;
+    QTest::newRow("NUL kept") << QByteArray("a\0b", 3) << QString(u"a"_s + QChar(0) + u"b"_s);
+    QTest::newRow("empty") << QByteArray() << QString();
+}
+
+void tst_PlaylistTextDecoder::decodes()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QString, text);
+    const std::optional<QString> decoded = PlaylistTextDecoder::decode(bytes);
+    QVERIFY(decoded);
+    QCOMPARE(*decoded, text);
+}
+
+void tst_PlaylistTextDecoder::decodesRealFiles()
+{
+    const std::optional<QString> latin1 = PlaylistTextDecoder::decode(readSharedTestData(
+        u"m3u/free-iptv-countries-legacy-encodings/01_German.cp1252_loneCR_unquoted.m3u"_s));
+    QVERIFY(latin1 && latin1->contains(u"WDR K\u00f6ln"));
+    const std::optional<QString> utf8 = PlaylistTextDecoder::decode(readSharedTestData(
+        u"m3u/free-iptv-countries-legacy-encodings/DE01_GERMANY.HEAD.utf8.m3u"_s));
+    QVERIFY(utf8 && utf8->contains(u"K\u00f6ln"));
+}
+
+QTEST_APPLESS_MAIN(tst_PlaylistTextDecoder)
+#include "tst_PlaylistTextDecoder.moc"

@@ -1,0 +1,248 @@
+#include "M3uCommands.h"
+
+#include "Player/PlayerTexts.h"
+#include "Player/RemoteAddress.h"
+#include "Playlist/JsonText.h"
+#include "Playlist/PlaylistError.h"
+#include "Playlist/PlaylistJson.h"
+#include "Playlist/PlaylistParser.h"
+#include "Playlist/PlaylistTextDecoder.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSet>
+
+#include <cstdio>
+#include <optional>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int exitInvalidAddress = 1;
+constexpr int exitBadInput = 2;
+constexpr int exitNoEntries = 3;
+
+const char *const generalHelp =
+    "Usage: velm-m3u COMMAND [ARGUMENTS]\n"
+    "Reads IPTV playlists and web addresses the way Velm Player Pro does.\n"
+    "\n"
+    "Commands:\n"
+    "  parse PATH [--base URL]  print the playlist's channels as a JSON array\n"
+    "  classify ADDRESS         print what the player would do with an address, as JSON\n"
+    "  stats PATH               summarise a playlist's channels\n"
+    "\n"
+    "'velm-m3u COMMAND --help' describes one command.\n";
+
+const char *const parseHelp =
+    "Usage: velm-m3u parse PATH [--base URL]\n"
+    "Decodes the playlist (UTF-8, else ISO Latin-1), resolves relative addresses against the\n"
+    "file's own address or against --base, and prints the channels as one JSON array of objects\n"
+    "with id, name, url and, when present, logoURL, groupTitle and countryCode.\n"
+    "PATH '-' reads standard input; --base is then required.\n"
+    "Exit status: 0 success, 2 unreadable input or bad arguments, 3 no playable address.\n";
+
+const char *const classifyHelp =
+    "Usage: velm-m3u classify ADDRESS\n"
+    "Prints one JSON object saying what the player does with the typed address:\n"
+    "  {\"kind\":\"youtube\",\"videoID\":...,\"playlistID\":...,\"id\":...}\n"
+    "  {\"kind\":\"okru\",\"videoID\":...,\"embedURL\":...}\n"
+    "  {\"kind\":\"playlist\",\"url\":...}\n"
+    "  {\"kind\":\"stream\",\"url\":...,\"live\":true|false}\n"
+    "  {\"kind\":\"invalid\",\"message\":...}  (exit status 1)\n";
+
+const char *const statsHelp =
+    "Usage: velm-m3u stats PATH\n"
+    "Counts the playlist's channels, distinct countries and groups, and the channels that lack a\n"
+    "logo, a group or a country. PATH '-' reads standard input.\n";
+
+void writeOut(const QByteArray &bytes)
+{
+    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout);
+}
+
+int fail(int status, const QString &message)
+{
+    std::fprintf(stderr, "velm-m3u: %s\n", message.toUtf8().constData());
+    return status;
+}
+
+bool wantsHelp(const QStringList &arguments)
+{
+    return arguments.contains(u"--help"_s) || arguments.contains(u"-h"_s);
+}
+
+struct Playlist
+{
+    QList<PlaylistEntry> entries;
+    int status = 0;
+};
+
+// Reads, decodes and parses PATH ("-": standard input) relative to base, or to the file's own
+// address when base is null. A non-zero status has already been reported on standard error.
+Playlist readPlaylist(const QString &path, const WebAddress &base)
+{
+    QFile file;
+    const bool standardInput = path == u"-";
+    const bool opened = standardInput ? file.open(stdin, QIODevice::ReadOnly)
+                                      : (file.setFileName(path), file.open(QIODevice::ReadOnly));
+    if (!opened)
+        return {
+            {},
+            fail(exitBadInput, QStringLiteral("cannot read %1: %2").arg(path, file.errorString()))};
+    const QByteArray bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError)
+        return {
+            {},
+            fail(exitBadInput, QStringLiteral("cannot read %1: %2").arg(path, file.errorString()))};
+    const std::optional<QString> text = PlaylistTextDecoder::decode(bytes);
+    if (!text)
+        return {{}, fail(exitBadInput, localizedDescription(PlaylistError::invalidEncoding))};
+    const WebAddress resolvedBase =
+        base.isNull() ? WebAddress::fromLocalFile(QFileInfo(path).absoluteFilePath()) : base;
+    QList<PlaylistEntry> entries = PlaylistParser::parse(*text, resolvedBase);
+    if (entries.isEmpty())
+        return {{}, fail(exitNoEntries, localizedDescription(PlaylistError::empty))};
+    return {std::move(entries), 0};
+}
+
+QByteArray jsonOrNull(const std::optional<QString> &text)
+{
+    return text ? JsonText::quoted(*text) : QByteArray("null");
+}
+
+QByteArray describeTarget(const RemoteTarget &target)
+{
+    switch (target.kind) {
+    case RemoteTarget::Kind::youtube:
+        return "{\"kind\":\"youtube\",\"videoID\":" + jsonOrNull(target.youtube->videoID()) +
+               ",\"playlistID\":" + jsonOrNull(target.youtube->playlistID()) +
+               ",\"id\":" + JsonText::quoted(target.youtube->id()) + '}';
+    case RemoteTarget::Kind::okVideo:
+        return "{\"kind\":\"okru\",\"videoID\":" + JsonText::quoted(target.okVideo->videoID()) +
+               ",\"embedURL\":" + JsonText::quoted(target.okVideo->embedURL().text()) + '}';
+    case RemoteTarget::Kind::playlist:
+        return "{\"kind\":\"playlist\",\"url\":" + JsonText::quoted(target.url.text()) + '}';
+    case RemoteTarget::Kind::stream:
+        return "{\"kind\":\"stream\",\"url\":" + JsonText::quoted(target.url.text()) +
+               ",\"live\":" + (target.isLiveStream ? "true" : "false") + '}';
+    case RemoteTarget::Kind::invalid:
+        break;
+    }
+    return "{\"kind\":\"invalid\",\"message\":" +
+           JsonText::quoted(PlayerTexts::invalidRemoteAddress) + '}';
+}
+
+} // namespace
+
+int M3uCommands::run(const QStringList &arguments)
+{
+    const QString command = arguments.value(0);
+    const QStringList rest = arguments.mid(1);
+    if (command == u"parse")
+        return parse(rest);
+    if (command == u"classify")
+        return classify(rest);
+    if (command == u"stats")
+        return stats(rest);
+    if (command == u"--help" || command == u"-h" || command == u"help") {
+        writeOut(generalHelp);
+        return 0;
+    }
+    std::fputs(generalHelp, stderr);
+    return command.isEmpty()
+               ? exitBadInput
+               : fail(exitBadInput, QStringLiteral("unknown command: %1").arg(command));
+}
+
+int M3uCommands::parse(const QStringList &arguments)
+{
+    if (wantsHelp(arguments)) {
+        writeOut(parseHelp);
+        return 0;
+    }
+    QString path;
+    WebAddress base;
+    for (qsizetype i = 0; i < arguments.size(); ++i) {
+        const QString &argument = arguments[i];
+        if (argument == u"--base") {
+            if (++i == arguments.size())
+                return fail(exitBadInput, u"--base needs an address"_s);
+            const std::optional<WebAddress> address = WebAddress::fromText(arguments[i]);
+            if (!address || !address->hasScheme())
+                return fail(exitBadInput,
+                            QStringLiteral("--base is no absolute address: %1").arg(arguments[i]));
+            base = *address;
+        } else if (path.isNull() && (argument == u"-" || !argument.startsWith(u'-'))) {
+            path = argument;
+        } else {
+            return fail(exitBadInput, QStringLiteral("unexpected argument: %1").arg(argument));
+        }
+    }
+    if (path.isNull())
+        return fail(exitBadInput, u"parse needs a PATH (see 'velm-m3u parse --help')"_s);
+    if (path == u"-" && base.isNull())
+        return fail(exitBadInput, u"reading standard input needs --base URL"_s);
+    const Playlist playlist = readPlaylist(path, base);
+    if (playlist.status != 0)
+        return playlist.status;
+    writeOut(PlaylistJson::encode(playlist.entries) + '\n');
+    return 0;
+}
+
+int M3uCommands::classify(const QStringList &arguments)
+{
+    if (wantsHelp(arguments)) {
+        writeOut(classifyHelp);
+        return 0;
+    }
+    if (arguments.size() != 1)
+        return fail(exitBadInput, u"classify takes exactly one ADDRESS"_s);
+    const RemoteTarget target = RemoteAddress::classify(arguments[0]);
+    writeOut(describeTarget(target) + '\n');
+    if (target.kind == RemoteTarget::Kind::invalid)
+        return fail(exitInvalidAddress, PlayerTexts::invalidRemoteAddress.toString());
+    return 0;
+}
+
+int M3uCommands::stats(const QStringList &arguments)
+{
+    if (wantsHelp(arguments)) {
+        writeOut(statsHelp);
+        return 0;
+    }
+    if (arguments.size() != 1)
+        return fail(exitBadInput, u"stats takes exactly one PATH"_s);
+    const Playlist playlist = readPlaylist(arguments[0], {});
+    if (playlist.status != 0)
+        return playlist.status;
+    QSet<QString> countries;
+    QSet<QString> groups;
+    qsizetype withoutLogo = 0, withoutGroup = 0, withoutCountry = 0;
+    for (const PlaylistEntry &entry : playlist.entries) {
+        withoutLogo += entry.logoURL ? 0 : 1;
+        if (entry.groupTitle)
+            groups.insert(*entry.groupTitle);
+        else
+            ++withoutGroup;
+        if (entry.countryCode)
+            countries.insert(*entry.countryCode);
+        else
+            ++withoutCountry;
+    }
+    writeOut(QStringLiteral("Entries:            %1\n"
+                            "Distinct countries: %2\n"
+                            "Distinct groups:    %3\n"
+                            "Without logo:       %4\n"
+                            "Without group:      %5\n"
+                            "Without country:    %6\n")
+                 .arg(playlist.entries.size())
+                 .arg(countries.size())
+                 .arg(groups.size())
+                 .arg(withoutLogo)
+                 .arg(withoutGroup)
+                 .arg(withoutCountry)
+                 .toUtf8());
+    return 0;
+}
