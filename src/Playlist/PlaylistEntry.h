@@ -21,4 +21,7 @@ struct PlaylistEntry
     friend bool operator==(const PlaylistEntry &, const PlaylistEntry &) = default;
 };
 
+// Entries move by plain memory copies when a list of millions of them grows.
+Q_DECLARE_TYPEINFO(PlaylistEntry, Q_RELOCATABLE_TYPE);
+
 size_t qHash(const PlaylistEntry &entry, size_t seed = 0);

@@ -1,8 +1,7 @@
 #include "Playlist/PlaylistParser.h"
 
+#include "Playlist/CharScan.h"
 #include "Playlist/RandomUuidSource.h"
-#include "Playlist/StringPool.h"
-
 #include <QTextBoundaryFinder>
 
 namespace {
@@ -21,23 +20,20 @@ char16_t asciiLower(char16_t c)
     return (c >= u'A' && c <= u'Z') ? char16_t(c + 32) : c;
 }
 
-// Index of lowerNeedle in text, ignoring the case of ASCII letters (attribute names are ASCII and
-// contain no letter that Unicode folds from a non-ASCII one).
-qsizetype indexOfIgnoringCase(QStringView text, QLatin1StringView lowerNeedle)
+// True when text ends with lowerName, ignoring the case of ASCII letters. Attribute names are
+// ASCII and hold no letter that Unicode case folding maps from a non-ASCII one, so this is the
+// full case-insensitive comparison for them.
+bool endsWithIgnoringCase(QStringView text, QLatin1StringView lowerName)
 {
-    const qsizetype last = text.size() - lowerNeedle.size();
-    const char16_t first = lowerNeedle.front().unicode();
-    for (qsizetype i = 0; i <= last; ++i) {
-        if (asciiLower(text[i].unicode()) != first)
-            continue;
-        qsizetype j = 1;
-        while (j < lowerNeedle.size() &&
-               asciiLower(text[i + j].unicode()) == lowerNeedle[j].unicode())
-            ++j;
-        if (j == lowerNeedle.size())
-            return i;
+    if (text.size() < lowerName.size())
+        return false;
+    // From the last letter backwards: other attribute names almost always differ there.
+    const QStringView tail = text.last(lowerName.size());
+    for (qsizetype i = tail.size() - 1; i >= 0; --i) {
+        if (asciiLower(tail[i].unicode()) != lowerName[i].unicode())
+            return false;
     }
-    return -1;
+    return true;
 }
 
 QStringView leftTrimmed(QStringView text)
@@ -51,7 +47,7 @@ QStringView leftTrimmed(QStringView text)
 // The title rule: the text after the first comma when there is any, else the text before it.
 QStringView title(QStringView description)
 {
-    const qsizetype comma = description.indexOf(u',');
+    const qsizetype comma = CharScan::indexOf(description, u',');
     if (comma < 0)
         return description.trimmed();
     const QStringView after = description.sliced(comma + 1);
@@ -86,9 +82,7 @@ public:
 
 private:
     void addEntry(const WebAddress &address);
-    QString entryName(const WebAddress &address) const;
-    std::optional<QString> interned(const std::optional<QString> &text);
-    std::optional<QString> interned(std::optional<QStringView> text);
+    QString entryName(const WebAddress &address, std::optional<QStringView> tvgName) const;
 
     const WebAddress &m_base;
     // The last description line since the previous address line; it applies to the next one.
@@ -117,36 +111,35 @@ void PlaylistParserRun::readLine(QStringView line)
 
 void PlaylistParserRun::addEntry(const WebAddress &address)
 {
-    PlaylistEntry entry{m_uuids.next(), entryName(address), address, {}, {}, {}};
+    PlaylistEntry entry{m_uuids.next(), {}, address, {}, {}, {}};
     if (m_description) {
-        const QStringView line = *m_description;
-        if (const auto logo = PlaylistParser::attribute(QLatin1StringView("tvg-logo"), line))
-            entry.logoURL = WebAddress::fromText(*logo);
-        entry.groupTitle =
-            interned(PlaylistParser::attribute(QLatin1StringView("group-title"), line));
+        const auto attributes = PlaylistParser::attributes(*m_description);
+        entry.name = entryName(address, attributes.tvgName);
+        if (attributes.tvgLogo)
+            entry.logoURL = WebAddress::fromText(*attributes.tvgLogo);
+        if (attributes.groupTitle)
+            entry.groupTitle = m_pool.intern(*attributes.groupTitle);
         // A present but unusable tvg-country falls back to the channel id, never to "country".
-        const auto tvgCountry = PlaylistParser::attribute(QLatin1StringView("tvg-country"), line);
-        std::optional<QString> country = PlaylistParser::normalizedCountryCode(
-            tvgCountry ? tvgCountry
-                       : PlaylistParser::attribute(QLatin1StringView("country"), line));
-        if (!country)
-            country = PlaylistParser::inferredCountryCode(
-                PlaylistParser::attribute(QLatin1StringView("tvg-id"), line));
-        entry.countryCode = interned(country);
+        entry.countryCode = PlaylistParser::normalizedCountryCode(
+            attributes.tvgCountry ? attributes.tvgCountry : attributes.country, m_pool);
+        if (!entry.countryCode)
+            entry.countryCode = PlaylistParser::inferredCountryCode(attributes.tvgID, m_pool);
+    } else {
+        entry.name = entryName(address, std::nullopt);
     }
     m_entries.append(std::move(entry));
     m_description.reset();
 }
 
-QString PlaylistParserRun::entryName(const WebAddress &address) const
+QString PlaylistParserRun::entryName(const WebAddress &address,
+                                     std::optional<QStringView> tvgName) const
 {
     if (m_description) {
         const QStringView titleText = title(*m_description);
         if (!titleText.isEmpty())
             return titleText.toString();
-        if (const auto name =
-                PlaylistParser::attribute(QLatin1StringView("tvg-name"), *m_description))
-            return name->toString();
+        if (tvgName)
+            return tvgName->toString();
     }
     if (auto last = address.lastPathComponent(); last && !last->isEmpty())
         return *std::move(last);
@@ -155,75 +148,96 @@ QString PlaylistParserRun::entryName(const WebAddress &address) const
     return QStringLiteral("Stream");
 }
 
-std::optional<QString> PlaylistParserRun::interned(const std::optional<QString> &text)
-{
-    return text ? std::optional(m_pool.intern(*text)) : std::nullopt;
-}
-
-std::optional<QString> PlaylistParserRun::interned(std::optional<QStringView> text)
-{
-    return text ? std::optional(m_pool.intern(*text)) : std::nullopt;
-}
-
 QList<PlaylistEntry> PlaylistParser::parse(QStringView text, const WebAddress &base)
 {
     PlaylistParserRun run(base);
-    const char16_t *chars = text.utf16();
-    qsizetype lineStart = 0;
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        if (isNewline(chars[i])) {
-            run.readLine(text.sliced(lineStart, i - lineStart));
-            lineStart = i + 1;
+    const char16_t *const end = text.utf16() + text.size();
+    const char16_t *lineStart = text.utf16();
+    for (const char16_t *c = CharScan::nextLineBreakCandidate(lineStart, end); c != end;
+         c = CharScan::nextLineBreakCandidate(c + 1, end)) {
+        if (isNewline(*c)) {
+            run.readLine(QStringView(lineStart, c));
+            lineStart = c + 1;
         }
     }
-    run.readLine(text.sliced(lineStart));
+    run.readLine(QStringView(lineStart, end));
     return run.takeEntries();
 }
 
-std::optional<QStringView> PlaylistParser::attribute(QLatin1StringView name, QStringView line)
+PlaylistParser::Attributes PlaylistParser::attributes(QStringView line)
 {
-    // The first place where the name, in any letter case, is followed by an equals sign and a
-    // double quote; a plain substring search, so "country" also matches inside "tvg-country".
-    qsizetype from = 0;
-    while (true) {
-        const qsizetype found = indexOfIgnoringCase(line.sliced(from), name);
-        if (found < 0)
-            return std::nullopt;
-        const QStringView rest = line.sliced(from + found + name.size());
-        if (rest.startsWith(u"=\"")) {
-            const QStringView quoted = rest.sliced(2);
-            const qsizetype close = quoted.indexOf(u'"');
-            if (close < 0)
-                return std::nullopt;
-            const QStringView value = quoted.first(close).trimmed();
-            return value.isEmpty() ? std::nullopt : std::optional(value);
+    struct Wanted
+    {
+        QLatin1StringView name;
+        std::optional<QStringView> Attributes::*value;
+    };
+    static constexpr Wanted wanted[] = {
+        {QLatin1StringView("tvg-name"), &Attributes::tvgName},
+        {QLatin1StringView("tvg-logo"), &Attributes::tvgLogo},
+        {QLatin1StringView("group-title"), &Attributes::groupTitle},
+        {QLatin1StringView("tvg-country"), &Attributes::tvgCountry},
+        {QLatin1StringView("country"), &Attributes::country},
+        {QLatin1StringView("tvg-id"), &Attributes::tvgID},
+    };
+    constexpr unsigned allDecided = (1u << std::size(wanted)) - 1;
+
+    // "name=\"" occurs exactly where a quote follows "=" and the text before the "=" ends with
+    // the name, so every attribute's first occurrence is found walking the quotes in order.
+    Attributes found;
+    unsigned decided = 0;
+    qsizetype quote = CharScan::indexOf(line, u'"');
+    while (quote >= 0 && decided != allDecided) {
+        const qsizetype close = CharScan::indexOf(line, u'"', quote + 1);
+        if (quote > 0 && line[quote - 1] == u'=') {
+            const QStringView before = line.first(quote - 1);
+            for (size_t i = 0; i < std::size(wanted); ++i) {
+                if ((decided & (1u << i)) || !endsWithIgnoringCase(before, wanted[i].name))
+                    continue;
+                decided |= 1u << i;
+                const QStringView value =
+                    close < 0 ? QStringView() : line.sliced(quote + 1, close - quote - 1).trimmed();
+                if (!value.isEmpty())
+                    found.*wanted[i].value = value;
+            }
         }
-        from += found + 1;
+        quote = close;
     }
+    return found;
 }
 
-std::optional<QString> PlaylistParser::countryCode(QStringView candidate)
+std::optional<QString> PlaylistParser::countryCode(QStringView candidate, StringPool &pool)
 {
+    // Two ASCII characters, by far the usual case, are upper-cased without allocating.
+    if (candidate.size() == 2 && candidate[0].unicode() < 0x80 && candidate[1].unicode() < 0x80) {
+        const auto upper = [](QChar c) {
+            return (c >= u'a' && c <= u'z') ? char16_t(c.unicode() - 32) : c.unicode();
+        };
+        const char16_t code[2] = {upper(candidate[0]), upper(candidate[1])};
+        return pool.intern(QStringView(code, 2));
+    }
     const QString upper = candidate.toString().toUpper();
-    return characterCount(upper) == 2 ? std::optional(upper) : std::nullopt;
+    return characterCount(upper) == 2 ? std::optional(pool.intern(upper)) : std::nullopt;
 }
 
-std::optional<QString> PlaylistParser::normalizedCountryCode(std::optional<QStringView> value)
+std::optional<QString> PlaylistParser::normalizedCountryCode(std::optional<QStringView> value,
+                                                             StringPool &pool)
 {
     if (!value)
         return std::nullopt;
+    const auto isSeparator = [](QChar c) { return c == u',' || c == u';' || c == u' '; };
     qsizetype start = 0;
-    while (start < value->size() && QStringView(u",; ").contains(value->at(start)))
+    while (start < value->size() && isSeparator(value->at(start)))
         ++start;
     qsizetype end = start;
-    while (end < value->size() && !QStringView(u",; ").contains(value->at(end)))
+    while (end < value->size() && !isSeparator(value->at(end)))
         ++end;
     if (start == end)
         return std::nullopt;
-    return countryCode(value->sliced(start, end - start));
+    return countryCode(value->sliced(start, end - start), pool);
 }
 
-std::optional<QString> PlaylistParser::inferredCountryCode(std::optional<QStringView> channelID)
+std::optional<QString> PlaylistParser::inferredCountryCode(std::optional<QStringView> channelID,
+                                                           StringPool &pool)
 {
     if (!channelID)
         return std::nullopt;
@@ -238,5 +252,5 @@ std::optional<QString> PlaylistParser::inferredCountryCode(std::optional<QString
     const QStringView last = id.sliced(id.lastIndexOf(u'.') + 1);
     if (last.isEmpty())
         return std::nullopt;
-    return countryCode(last);
+    return countryCode(last, pool);
 }

