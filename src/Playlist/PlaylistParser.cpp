@@ -2,6 +2,7 @@
 
 #include "Playlist/CharScan.h"
 #include "Playlist/RandomUuidSource.h"
+
 #include <QTextBoundaryFinder>
 
 namespace {
@@ -111,22 +112,19 @@ void PlaylistParserRun::readLine(QStringView line)
 
 void PlaylistParserRun::addEntry(const WebAddress &address)
 {
-    PlaylistEntry entry{m_uuids.next(), {}, address, {}, {}, {}};
-    if (m_description) {
-        const auto attributes = PlaylistParser::attributes(*m_description);
-        entry.name = entryName(address, attributes.tvgName);
-        if (attributes.tvgLogo)
-            entry.logoURL = WebAddress::fromText(*attributes.tvgLogo);
-        if (attributes.groupTitle)
-            entry.groupTitle = m_pool.intern(*attributes.groupTitle);
-        // A present but unusable tvg-country falls back to the channel id, never to "country".
-        entry.countryCode = PlaylistParser::normalizedCountryCode(
-            attributes.tvgCountry ? attributes.tvgCountry : attributes.country, m_pool);
-        if (!entry.countryCode)
-            entry.countryCode = PlaylistParser::inferredCountryCode(attributes.tvgID, m_pool);
-    } else {
-        entry.name = entryName(address, std::nullopt);
-    }
+    const PlaylistParser::Attributes attributes =
+        m_description ? PlaylistParser::attributes(*m_description) : PlaylistParser::Attributes{};
+    PlaylistEntry entry{
+        m_uuids.next(), entryName(address, attributes.tvgName), address, {}, {}, {}};
+    if (attributes.tvgLogo)
+        entry.logoURL = WebAddress::fromText(*attributes.tvgLogo);
+    if (attributes.groupTitle)
+        entry.groupTitle = m_pool.intern(*attributes.groupTitle);
+    // A present but unusable tvg-country falls back to the channel id, never to "country".
+    entry.countryCode = PlaylistParser::normalizedCountryCode(
+        attributes.tvgCountry ? attributes.tvgCountry : attributes.country, m_pool);
+    if (!entry.countryCode)
+        entry.countryCode = PlaylistParser::inferredCountryCode(attributes.tvgID, m_pool);
     m_entries.append(std::move(entry));
     m_description.reset();
 }

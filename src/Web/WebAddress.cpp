@@ -161,14 +161,9 @@ bool isValidScheme(QByteArrayView scheme)
     return true;
 }
 
-struct HostPort
-{
-    QByteArrayView host; // with the brackets of an IP literal
-    std::optional<QByteArrayView> port;
-};
-
-// Splits "userinfo@host:port"; nothing when the authority breaks the RFC 3986 grammar.
-std::optional<HostPort> splitAuthority(QByteArrayView authority)
+// The host of "userinfo@host:port", with the brackets of an IP literal; nothing when the
+// authority breaks the RFC 3986 grammar.
+std::optional<QByteArrayView> hostOfAuthority(QByteArrayView authority)
 {
     const qsizetype at = authority.indexOf('@');
     if (at >= 0) {
@@ -179,7 +174,6 @@ std::optional<HostPort> splitAuthority(QByteArrayView authority)
         if (authority.contains('@'))
             return std::nullopt;
     }
-    HostPort result;
     qsizetype hostEnd = 0;
     if (authority.startsWith('[')) {
         hostEnd = authority.indexOf(']') + 1;
@@ -192,18 +186,14 @@ std::optional<HostPort> splitAuthority(QByteArrayView authority)
         if (authority.first(hostEnd).contains('[') || authority.first(hostEnd).contains(']'))
             return std::nullopt;
     }
-    result.host = authority.first(hostEnd);
-    const QByteArrayView rest = authority.sliced(hostEnd);
-    if (!rest.isEmpty()) {
-        if (rest[0] != ':')
+    const QByteArrayView port = authority.sliced(hostEnd);
+    if (!port.isEmpty() && port[0] != ':')
+        return std::nullopt;
+    for (const char c : port.sliced(std::min<qsizetype>(1, port.size()))) {
+        if (!isDigit(c))
             return std::nullopt;
-        result.port = rest.sliced(1);
-        for (const char c : *result.port) {
-            if (!isDigit(c))
-                return std::nullopt;
-        }
     }
-    return result;
+    return authority.first(hostEnd);
 }
 
 // The components of text if it follows the RFC 3986 grammar of a URI reference.
@@ -220,7 +210,7 @@ std::optional<Components> validComponents(QByteArrayView text)
         if (parts.path.first(slash < 0 ? parts.path.size() : slash).contains(':'))
             return std::nullopt;
     }
-    if (parts.authority && !splitAuthority(*parts.authority))
+    if (parts.authority && !hostOfAuthority(*parts.authority))
         return std::nullopt;
     if (parts.fragment && parts.fragment->contains('#'))
         return std::nullopt;
@@ -383,13 +373,10 @@ std::optional<QString> WebAddress::host() const
     const auto authority = split(m_text).authority;
     if (!authority)
         return std::nullopt;
-    const auto hostPort = splitAuthority(*authority);
-    if (!hostPort || hostPort->host.isEmpty())
+    const std::optional<QByteArrayView> host = hostOfAuthority(*authority);
+    if (!host || host->isEmpty())
         return std::nullopt;
-    QByteArrayView host = hostPort->host;
-    if (host.startsWith('['))
-        host = host.sliced(1, host.size() - 2);
-    return decodedOrRaw(host);
+    return decodedOrRaw(host->startsWith('[') ? host->sliced(1, host->size() - 2) : *host);
 }
 
 QString WebAddress::path() const

@@ -1,5 +1,7 @@
 #include "Player/RemoteAddress.h"
 
+#include "TextRows.h"
+
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -22,18 +24,19 @@ void tst_RemoteAddress::normalizes_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("expected");
 
-    const auto row = [](const char *name, const char16_t *text, const char16_t *expected) {
-        QTest::newRow(name) << QString::fromUtf16(text) << QString::fromUtf16(expected);
-    };
-    row("white space and line breaks", u"\n\t https://x/live.m3u8 \r\n", u"https://x/live.m3u8");
-    row("angle brackets with spaces", u"  < https://x/live.m3u8 >  ", u"https://x/live.m3u8");
-    row("Markdown link", u"[My list](https://x/list.m3u)", u"https://x/list.m3u");
-    row("Markdown link around angle brackets", u"[a](<https://x/y>)", u"https://x/y");
-    row("empty Markdown target", u"[a]()", u"");
-    row("first ]( to the final )", u"see [a](b) and [c](https://x)", u"b) and [c](https://x");
-    row("parenthesis not at the end", u"[a](https://x) trailing", u"[a](https://x) trailing");
-    row("two characters are no brackets", u"<>", u"<>");
-    row("no-break space trimmed", u"\u00a0https://x\u3000", u"https://x");
+    addTextRow("white space and line breaks", u"\n\t https://x/live.m3u8 \r\n",
+               u"https://x/live.m3u8");
+    addTextRow("angle brackets with spaces", u"  < https://x/live.m3u8 >  ",
+               u"https://x/live.m3u8");
+    addTextRow("Markdown link", u"[My list](https://x/list.m3u)", u"https://x/list.m3u");
+    addTextRow("Markdown link around angle brackets", u"[a](<https://x/y>)", u"https://x/y");
+    addTextRow("empty Markdown target", u"[a]()", u"");
+    addTextRow("first ]( to the final )", u"see [a](b) and [c](https://x)",
+               u"b) and [c](https://x");
+    addTextRow("parenthesis not at the end", u"[a](https://x) trailing",
+               u"[a](https://x) trailing");
+    addTextRow("two characters are no brackets", u"<>", u"<>");
+    addTextRow("no-break space trimmed", u"\u00a0https://x\u3000", u"https://x");
 }
 
 void tst_RemoteAddress::normalizes()
@@ -73,25 +76,23 @@ void tst_RemoteAddress::classifies_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("expected"); // kind, then the url or content identity
 
-    const auto row = [](const char *name, const char16_t *text, const char16_t *expected) {
-        QTest::newRow(name) << QString::fromUtf16(text) << QString::fromUtf16(expected);
-    };
-    row("live stream in brackets", u" <https://x/path/live.m3u8> ",
-        u"live https://x/path/live.m3u8");
-    row("file stream", u"https://x/movie.mp4", u"stream https://x/movie.mp4");
-    row("Markdown playlist", u"[list](https://x/list.m3u)", u"playlist https://x/list.m3u");
-    row("query playlist", u"http://x/get.php?output=M3U8",
-        u"playlist http://x/get.php?output=M3U8");
-    row("upper-case scheme kept as written", u"HTTPS://EXAMPLE.COM/a",
-        u"stream HTTPS://EXAMPLE.COM/a");
-    row("YouTube before playlist", u"https://youtube.com/watch?v=abc&type=m3u", u"youtube abc|");
-    row("OK.ru before playlist", u"https://ok.ru/video/1?output=m3u", u"okVideo 1");
-    row("YouTube host without video is a stream", u"https://youtube.com/feed",
-        u"stream https://youtube.com/feed");
-    row("no scheme", u"example.com/live.m3u8", u"invalid");
-    row("ftp", u"ftp://x/a.m3u", u"invalid");
-    row("empty", u"   ", u"invalid");
-    row("space inside", u"http://x/a b.m3u8", u"invalid");
+    addTextRow("live stream in brackets", u" <https://x/path/live.m3u8> ",
+               u"live https://x/path/live.m3u8");
+    addTextRow("file stream", u"https://x/movie.mp4", u"stream https://x/movie.mp4");
+    addTextRow("Markdown playlist", u"[list](https://x/list.m3u)", u"playlist https://x/list.m3u");
+    addTextRow("query playlist", u"http://x/get.php?output=M3U8",
+               u"playlist http://x/get.php?output=M3U8");
+    addTextRow("upper-case scheme kept as written", u"HTTPS://EXAMPLE.COM/a",
+               u"stream HTTPS://EXAMPLE.COM/a");
+    addTextRow("YouTube before playlist", u"https://youtube.com/watch?v=abc&type=m3u",
+               u"youtube abc|");
+    addTextRow("OK.ru before playlist", u"https://ok.ru/video/1?output=m3u", u"okVideo 1");
+    addTextRow("YouTube host without video is a stream", u"https://youtube.com/feed",
+               u"stream https://youtube.com/feed");
+    addTextRow("no scheme", u"example.com/live.m3u8", u"invalid");
+    addTextRow("ftp", u"ftp://x/a.m3u", u"invalid");
+    addTextRow("empty", u"   ", u"invalid");
+    addTextRow("space inside", u"http://x/a b.m3u8", u"invalid");
 }
 
 void tst_RemoteAddress::classifies()

@@ -1,5 +1,7 @@
 #include "Web/OKVideoContent.h"
 
+#include "TextRows.h"
+
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -20,24 +22,21 @@ void tst_OKVideoContent::recognises_data()
     QTest::addColumn<QString>("url");
     QTest::addColumn<QString>("expected"); // "none" for no result
 
-    const auto row = [](const char *name, const char16_t *url, const char16_t *expected) {
-        QTest::newRow(name) << QString::fromUtf16(url) << QString::fromUtf16(expected);
-    };
-    row("video", u"https://ok.ru/video/12345", u"12345");
-    row("videoembed with query", u"https://m.ok.ru/videoembed/12345?autoplay=0", u"12345");
-    row("live with _ and -", u"https://ok.ru/live/ab_c-9", u"ab_c-9");
-    row("dot rejects the address", u"https://ok.ru/video/12.3", u"none");
-    row("keyword last", u"https://ok.ru/video/", u"none");
-    row("nested path", u"https://ok.ru/profile/1/video/77", u"77");
-    row("upper-case host", u"https://OK.RU/video/1", u"1");
-    row("keywords are case-sensitive", u"https://ok.ru/VIDEO/1", u"none");
-    row("letters of any script", u"https://ok.ru/video/%D0%B6%D0%B41", u"\u0436\u04341");
-    row("combining mark", u"https://ok.ru/video/e%CC%81", u"e\u0301");
-    row("blank after trimming", u"https://ok.ru/video/%20", u"none");
-    row("inner space", u"https://ok.ru/video/a%20b", u"none");
-    row("look-alike suffix host", u"https://ok.ru.example/video/1", u"none");
-    row("look-alike prefix host", u"https://notok.ru/video/1", u"none");
-    row("query never read", u"https://ok.ru/?video=1", u"none");
+    addTextRow("video", u"https://ok.ru/video/12345", u"12345");
+    addTextRow("videoembed with query", u"https://m.ok.ru/videoembed/12345?autoplay=0", u"12345");
+    addTextRow("live with _ and -", u"https://ok.ru/live/ab_c-9", u"ab_c-9");
+    addTextRow("dot rejects the address", u"https://ok.ru/video/12.3", u"none");
+    addTextRow("keyword last", u"https://ok.ru/video/", u"none");
+    addTextRow("nested path", u"https://ok.ru/profile/1/video/77", u"77");
+    addTextRow("upper-case host", u"https://OK.RU/video/1", u"1");
+    addTextRow("keywords are case-sensitive", u"https://ok.ru/VIDEO/1", u"none");
+    addTextRow("letters of any script", u"https://ok.ru/video/%D0%B6%D0%B41", u"\u0436\u04341");
+    addTextRow("combining mark", u"https://ok.ru/video/e%CC%81", u"e\u0301");
+    addTextRow("blank after trimming", u"https://ok.ru/video/%20", u"none");
+    addTextRow("inner space", u"https://ok.ru/video/a%20b", u"none");
+    addTextRow("look-alike suffix host", u"https://ok.ru.example/video/1", u"none");
+    addTextRow("look-alike prefix host", u"https://notok.ru/video/1", u"none");
+    addTextRow("query never read", u"https://ok.ru/?video=1", u"none");
 }
 
 void tst_OKVideoContent::recognises()

@@ -68,11 +68,6 @@ int fail(int status, const QString &message)
     return status;
 }
 
-bool wantsHelp(const QStringList &arguments)
-{
-    return arguments.contains(u"--help"_s) || arguments.contains(u"-h"_s);
-}
-
 struct Playlist
 {
     QList<PlaylistEntry> entries;
@@ -138,30 +133,39 @@ QByteArray describeTarget(const RemoteTarget &target)
 
 int M3uCommands::run(const QStringList &arguments)
 {
-    const QString command = arguments.value(0);
+    struct Command
+    {
+        QStringView name;
+        const char *help;
+        int (*run)(const QStringList &);
+    };
+    static const Command commands[] = {
+        {u"parse", parseHelp, &M3uCommands::parse},
+        {u"classify", classifyHelp, &M3uCommands::classify},
+        {u"stats", statsHelp, &M3uCommands::stats},
+    };
+    const QString name = arguments.value(0);
     const QStringList rest = arguments.mid(1);
-    if (command == u"parse")
-        return parse(rest);
-    if (command == u"classify")
-        return classify(rest);
-    if (command == u"stats")
-        return stats(rest);
-    if (command == u"--help" || command == u"-h" || command == u"help") {
+    for (const Command &command : commands) {
+        if (name != command.name)
+            continue;
+        if (rest.contains(u"--help"_s) || rest.contains(u"-h"_s)) {
+            writeOut(command.help);
+            return 0;
+        }
+        return command.run(rest);
+    }
+    if (name == u"--help" || name == u"-h" || name == u"help") {
         writeOut(generalHelp);
         return 0;
     }
     std::fputs(generalHelp, stderr);
-    return command.isEmpty()
-               ? exitBadInput
-               : fail(exitBadInput, QStringLiteral("unknown command: %1").arg(command));
+    return name.isEmpty() ? exitBadInput
+                          : fail(exitBadInput, QStringLiteral("unknown command: %1").arg(name));
 }
 
 int M3uCommands::parse(const QStringList &arguments)
 {
-    if (wantsHelp(arguments)) {
-        writeOut(parseHelp);
-        return 0;
-    }
     QString path;
     WebAddress base;
     for (qsizetype i = 0; i < arguments.size(); ++i) {
@@ -193,10 +197,6 @@ int M3uCommands::parse(const QStringList &arguments)
 
 int M3uCommands::classify(const QStringList &arguments)
 {
-    if (wantsHelp(arguments)) {
-        writeOut(classifyHelp);
-        return 0;
-    }
     if (arguments.size() != 1)
         return fail(exitBadInput, u"classify takes exactly one ADDRESS"_s);
     const RemoteTarget target = RemoteAddress::classify(arguments[0]);
@@ -208,10 +208,6 @@ int M3uCommands::classify(const QStringList &arguments)
 
 int M3uCommands::stats(const QStringList &arguments)
 {
-    if (wantsHelp(arguments)) {
-        writeOut(statsHelp);
-        return 0;
-    }
     if (arguments.size() != 1)
         return fail(exitBadInput, u"stats takes exactly one PATH"_s);
     const Playlist playlist = readPlaylist(arguments[0], {});
