@@ -296,10 +296,7 @@ QString decodedOrRaw(QByteArrayView encoded)
 
 std::optional<WebAddress> WebAddress::fromText(QStringView text)
 {
-    std::optional<QByteArray> ascii = allowedAscii(text);
-    if (!ascii || !validComponents(*ascii))
-        return std::nullopt;
-    return WebAddress(std::move(*ascii));
+    return fromText(text, WebAddress());
 }
 
 std::optional<WebAddress> WebAddress::fromText(QStringView text, const WebAddress &base)

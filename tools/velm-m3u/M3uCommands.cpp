@@ -8,7 +8,6 @@
 #include "Playlist/PlaylistParser.h"
 #include "Playlist/PlaylistTextDecoder.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QSet>
