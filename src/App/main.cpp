@@ -2,6 +2,8 @@
 #include "App/AppIdentity.h"
 #include "App/AppStartup.h"
 #include "App/AppWindow.h"
+#include "Player/PlayerModel.h"
+#include "UI/DialogMediaFileChooser.h"
 
 #include <QApplication>
 
@@ -37,7 +39,10 @@ int main(int argc, char **argv)
     QCoreApplication::setApplicationName(AppIdentity::applicationName.toString());
     QCoreApplication::setApplicationVersion(AppIdentity::version.toString());
 
+    PlayerModel player;
     AppWindow window;
+    DialogMediaFileChooser fileChooser(&window);
+    player.setFileChooser(&fileChooser);
     window.show();
     return application.exec();
 }

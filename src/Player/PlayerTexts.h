@@ -2,7 +2,20 @@
 
 #include <QStringView>
 
-// Messages the player model shows to the user.
+// Messages and labels the player model shows to the user. The placeholder title is
+// AppIdentity::displayName.
 namespace PlayerTexts {
 inline constexpr QStringView invalidRemoteAddress = u"Enter a valid HTTP or HTTPS address.";
+inline constexpr QStringView nothingToPlay =
+    u"No media or URL is available. Open a file or enter a stream URL.";
+// "Volume: 40%"; at zero the muted form below instead.
+inline constexpr QStringView volumePercent = u"Volume: %1%";
+inline constexpr QStringView volumeMuted = u"Volume: 0% (Muted)";
+inline constexpr QStringView playlistOpenFailed = u"Could not open playlist: ";
+inline constexpr QStringView playlistImportFailed = u"Could not import playlist: ";
+inline constexpr QStringView networkPlaylistTitle = u"IPTV Playlist";
+
+inline constexpr QStringView openMediaDialogTitle = u"Choose Media to Play";
+inline constexpr QStringView importPlaylistDialogTitle = u"Import M3U Playlist";
+inline constexpr QStringView importPlaylistDialogButton = u"Import";
 } // namespace PlayerTexts

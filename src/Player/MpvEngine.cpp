@@ -1,0 +1,393 @@
+#include "Player/MpvEngine.h"
+
+#include "App/AppIdentity.h"
+
+#include <mpv/client.h>
+#include <mpv/render.h>
+
+#include <QByteArray>
+#include <QMetaObject>
+
+#include <clocale>
+#include <initializer_list>
+#include <utility>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+// Reply tags of asynchronous commands whose outcome matters. A load's tag carries its generation,
+// so the reply of a load that a newer one replaced is recognised and ignored.
+constexpr quint64 untagged = 0;
+constexpr quint64 seekTag = 1;
+constexpr quint64 loadTagBase = quint64(1) << 32;
+
+// The observed properties, by the id mpv reports back.
+enum PropertyID : quint64 {
+    timePosID = 1,
+    durationID,
+    pauseID,
+    coreIdleID,
+    pausedForCacheID,
+    eofReachedID,
+    displayWidthID,
+    displayHeightID,
+};
+
+struct ObservedProperty
+{
+    PropertyID id;
+    const char *name;
+    mpv_format format;
+};
+
+constexpr ObservedProperty observedProperties[] = {
+    {timePosID, "time-pos", MPV_FORMAT_DOUBLE},
+    {durationID, "duration", MPV_FORMAT_DOUBLE},
+    {pauseID, "pause", MPV_FORMAT_FLAG},
+    {coreIdleID, "core-idle", MPV_FORMAT_FLAG},
+    {pausedForCacheID, "paused-for-cache", MPV_FORMAT_FLAG},
+    {eofReachedID, "eof-reached", MPV_FORMAT_FLAG},
+    {displayWidthID, "dwidth", MPV_FORMAT_INT64},
+    {displayHeightID, "dheight", MPV_FORMAT_INT64},
+};
+
+constexpr double unknown = std::numeric_limits<double>::quiet_NaN();
+
+void setOption(mpv_handle *handle, const char *name, const QByteArray &value)
+{
+    mpv_set_option_string(handle, name, value.constData());
+}
+} // namespace
+
+MpvEngine::MpvEngine(Output output, QObject *parent) : QObject(parent)
+{
+    // libmpv refuses to start unless numbers are formatted with a "." (it parses and prints
+    // option values with the C library). The setting is process-wide; the engine is created on
+    // the main thread after the application object, which resets it from the environment.
+    std::setlocale(LC_NUMERIC, "C");
+    m_handle = mpv_create();
+    if (!m_handle)
+        return;
+    setOptions(output);
+    if (mpv_initialize(m_handle) < 0) {
+        mpv_terminate_destroy(m_handle);
+        m_handle = nullptr;
+        return;
+    }
+    m_renderReady = output == Output::headless;
+    observeProperties();
+    mpv_set_wakeup_callback(
+        m_handle,
+        [](void *context) {
+            // Called on any of mpv's threads, possibly re-entrantly: only post the drain, and only
+            // once until it has run, so a burst of events costs one queued call.
+            auto *engine = static_cast<MpvEngine *>(context);
+            if (!engine->m_drainQueued.exchange(true))
+                QMetaObject::invokeMethod(engine, &MpvEngine::drainEvents, Qt::QueuedConnection);
+        },
+        this);
+}
+
+MpvEngine::~MpvEngine()
+{
+    if (!m_handle)
+        return;
+    Q_EMIT aboutToShutDown();
+    mpv_set_wakeup_callback(m_handle, nullptr, nullptr);
+    mpv_terminate_destroy(m_handle);
+}
+
+void MpvEngine::setOptions(Output output)
+{
+    // The player behaves the same on every machine: a user's mpv.conf, scripts or key bindings
+    // must not change what this program does.
+    setOption(m_handle, "config", "no");
+    setOption(m_handle, "input-default-bindings", "no");
+    setOption(m_handle, "input-vo-keyboard", "no");
+    setOption(m_handle, "load-scripts", "no");
+    setOption(m_handle, "osc", "no");
+    // Video goes to our own surface; the engine never opens a window of its own.
+    setOption(m_handle, "vo", output == Output::render ? "libmpv" : "null");
+    if (output == Output::headless)
+        setOption(m_handle, "ao", "null");
+    setOption(m_handle, "force-window", "no");
+    // Web videos are played by the embedded web players, never through youtube-dl.
+    setOption(m_handle, "ytdl", "no");
+    // Hardware decoding where it is known to be reliable, software decoding otherwise.
+    setOption(m_handle, "hwdec", "auto-safe");
+    // The engine stays alive without media, and at the end of a file it keeps the last picture
+    // and stops there, the clock at the duration, instead of unloading it.
+    setOption(m_handle, "idle", "yes");
+    setOption(m_handle, "keep-open", "yes");
+    // Cover art of audio files is not a video: the picture area stays empty for audio.
+    setOption(m_handle, "audio-display", "no");
+    // Servers see who asks; a dead server gives up after as long as a playlist download does.
+    setOption(m_handle, "user-agent",
+              (u"VelmPlayerPro/"_s + AppIdentity::version.toString()).toUtf8());
+    setOption(m_handle, "network-timeout", "20");
+    // Network streams and live channels read ahead, bounded in memory: 64 MiB ahead is minutes of
+    // HD video, 16 MiB behind allows short jumps back without a new request. When the cache runs
+    // dry playback pauses until a second is buffered again, so a stall is one pause, not a
+    // stutter; that pause is what the buffering indicator shows.
+    setOption(m_handle, "cache", "auto");
+    setOption(m_handle, "demuxer-max-bytes", "64MiB");
+    setOption(m_handle, "demuxer-max-back-bytes", "16MiB");
+    setOption(m_handle, "cache-pause", "yes");
+    setOption(m_handle, "cache-pause-wait", "1");
+    // Pulse and PipeWire list the program under its own name.
+    setOption(m_handle, "audio-client-name", AppIdentity::applicationName.toUtf8());
+}
+
+void MpvEngine::observeProperties()
+{
+    for (const ObservedProperty &property : observedProperties)
+        mpv_observe_property(m_handle, property.id, property.name, property.format);
+}
+
+int MpvEngine::createRenderContext(mpv_render_context **context, mpv_render_param *parameters)
+{
+    if (!m_handle)
+        return MPV_ERROR_UNINITIALIZED;
+    const int result = mpv_render_context_create(context, m_handle, parameters);
+    if (result >= 0) {
+        m_renderReady = true;
+        startPendingLoad();
+    }
+    return result;
+}
+
+void MpvEngine::command(std::initializer_list<const char *> arguments, quint64 tag)
+{
+    if (!m_handle)
+        return;
+    std::vector<const char *> list(arguments);
+    list.push_back(nullptr);
+    mpv_command_async(m_handle, tag, list.data());
+}
+
+void MpvEngine::load(const QString &target)
+{
+    m_hasMedia = true;
+    m_failed = false;
+    m_endReached = false;
+    m_position = unknown;
+    const bool hadVideo = !m_videoSize.isEmpty();
+    const bool hadDuration = !std::isnan(m_duration);
+    m_duration = unknown;
+    m_videoSize = {};
+    m_pendingLoad = target;
+    if (m_renderReady)
+        startPendingLoad();
+    if (hadDuration)
+        Q_EMIT durationChanged();
+    if (hadVideo)
+        Q_EMIT videoSizeChanged();
+    Q_EMIT playbackStateChanged();
+}
+
+void MpvEngine::startPendingLoad()
+{
+    if (m_pendingLoad.isNull() || !m_handle)
+        return;
+    const QByteArray target = std::exchange(m_pendingLoad, QString()).toUtf8();
+    ++m_loadGeneration;
+    m_currentEntryID = -1;
+    command({"loadfile", target.constData(), "replace"}, loadTagBase + m_loadGeneration);
+    setPaused(false);
+}
+
+void MpvEngine::stop()
+{
+    m_pendingLoad = QString();
+    if (!m_hasMedia)
+        return;
+    m_hasMedia = false;
+    m_failed = false;
+    m_endReached = false;
+    m_position = unknown;
+    m_duration = unknown;
+    m_videoSize = {};
+    ++m_loadGeneration;
+    m_currentEntryID = -1;
+    command({"stop"});
+    Q_EMIT durationChanged();
+    Q_EMIT videoSizeChanged();
+    Q_EMIT playbackStateChanged();
+}
+
+void MpvEngine::setPaused(bool paused)
+{
+    if (!m_handle)
+        return;
+    // The request counts at once, as a player's rate does; mpv's echo confirms it.
+    if (m_paused != paused) {
+        m_paused = paused;
+        Q_EMIT playbackStateChanged();
+    }
+    int flag = paused ? 1 : 0;
+    mpv_set_property_async(m_handle, untagged, "pause", MPV_FORMAT_FLAG, &flag);
+}
+
+void MpvEngine::seekExact(double seconds)
+{
+    const QByteArray target = QByteArray::number(seconds, 'f', 6);
+    command({"seek", target.constData(), "absolute+exact"}, seekTag);
+}
+
+void MpvEngine::setVolume(double percent)
+{
+    if (!m_handle)
+        return;
+    mpv_set_property_async(m_handle, untagged, "volume", MPV_FORMAT_DOUBLE, &percent);
+}
+
+void MpvEngine::setMuted(bool muted)
+{
+    if (!m_handle)
+        return;
+    int flag = muted ? 1 : 0;
+    mpv_set_property_async(m_handle, untagged, "mute", MPV_FORMAT_FLAG, &flag);
+}
+
+double MpvEngine::position() const
+{
+    if (m_endReached && !std::isnan(m_duration))
+        return m_duration;
+    return m_position;
+}
+
+bool MpvEngine::isPlaying() const
+{
+    return m_hasMedia && !m_paused && !m_failed && !m_endReached;
+}
+
+bool MpvEngine::isWaitingToPlay() const
+{
+    // core-idle: mpv is not advancing although not paused by us (opening, cache ran dry, seek).
+    return isPlaying() && (m_coreIdle || m_pausedForCache);
+}
+
+void MpvEngine::drainEvents()
+{
+    m_drainQueued = false;
+    // Every event is turned into cached values and signals before the next mpv_wait_event call,
+    // which invalidates it.
+    while (m_handle) {
+        const mpv_event *event = mpv_wait_event(m_handle, 0);
+        switch (event->event_id) {
+        case MPV_EVENT_NONE:
+            return;
+        case MPV_EVENT_SHUTDOWN:
+            return;
+        case MPV_EVENT_PROPERTY_CHANGE: {
+            const auto *property = static_cast<const mpv_event_property *>(event->data);
+            handlePropertyChange(event->reply_userdata, property->data, property->format);
+            break;
+        }
+        case MPV_EVENT_END_FILE: {
+            const auto *end = static_cast<const mpv_event_end_file *>(event->data);
+            handleEndFile(end->playlist_entry_id, end->reason, end->error);
+            break;
+        }
+        case MPV_EVENT_COMMAND_REPLY:
+            if (event->reply_userdata == seekTag)
+                Q_EMIT seekFinished();
+            else if (event->reply_userdata == loadTagBase + m_loadGeneration)
+                handleLoadReply(event->error,
+                                static_cast<const mpv_event_command *>(event->data)->result);
+            break;
+        default:
+            break;
+        }
+    }
+}
+
+void MpvEngine::handlePropertyChange(quint64 id, const void *data, int format)
+{
+    // MPV_FORMAT_NONE: the property is unavailable (no file, no video), data is invalid.
+    const bool available = format != MPV_FORMAT_NONE && data;
+    const auto flag = [&] { return available && *static_cast<const int *>(data) != 0; };
+    const auto number = [&] { return available ? *static_cast<const double *>(data) : unknown; };
+    const auto integer = [&] { return available ? *static_cast<const qint64 *>(data) : 0; };
+
+    switch (id) {
+    case timePosID:
+        m_position = m_hasMedia ? number() : unknown;
+        return;
+    case durationID: {
+        const double duration = m_hasMedia ? number() : unknown;
+        if (duration == m_duration || (std::isnan(duration) && std::isnan(m_duration)))
+            return;
+        m_duration = duration;
+        Q_EMIT durationChanged();
+        return;
+    }
+    case pauseID:
+        m_paused = flag();
+        break;
+    case coreIdleID:
+        m_coreIdle = flag();
+        break;
+    case pausedForCacheID:
+        m_pausedForCache = flag();
+        break;
+    case eofReachedID:
+        m_endReached = m_hasMedia && flag();
+        break;
+    case displayWidthID:
+    case displayHeightID: {
+        (id == displayWidthID ? m_displayWidth : m_displayHeight) = integer();
+        const QSize size = m_hasMedia ? QSize(int(m_displayWidth), int(m_displayHeight)) : QSize();
+        if (size != m_videoSize) {
+            m_videoSize = size;
+            Q_EMIT videoSizeChanged();
+        }
+        return;
+    }
+    default:
+        return;
+    }
+    Q_EMIT playbackStateChanged();
+}
+
+void MpvEngine::handleLoadReply(int error, const mpv_node &result)
+{
+    if (!m_hasMedia)
+        return;
+    if (error < 0) {
+        // The load never started, so no end-of-file event will report it.
+        fail(error);
+        return;
+    }
+    // The reply names the playlist entry of this load, which tells its end-of-file event from
+    // those of the media it replaced; mpv sends the reply before any event of the new entry.
+    if (result.format != MPV_FORMAT_NODE_MAP)
+        return;
+    const mpv_node_list *map = result.u.list;
+    for (int i = 0; i < map->num; ++i) {
+        if (qstrcmp(map->keys[i], "playlist_entry_id") == 0 &&
+            map->values[i].format == MPV_FORMAT_INT64)
+            m_currentEntryID = map->values[i].u.int64;
+    }
+}
+
+void MpvEngine::fail(int error)
+{
+    m_failed = true;
+    Q_EMIT loadFailed(QString::fromUtf8(mpv_error_string(error)));
+    Q_EMIT playbackStateChanged();
+}
+
+void MpvEngine::handleEndFile(qint64 entryID, int reason, int error)
+{
+    // Ends of media that a newer load replaced, and of a stop, are not news.
+    if (entryID != m_currentEntryID || !m_hasMedia)
+        return;
+    if (reason == MPV_END_FILE_REASON_ERROR) {
+        fail(error);
+    } else if (reason == MPV_END_FILE_REASON_EOF) {
+        m_endReached = true;
+        Q_EMIT playbackStateChanged();
+    }
+}

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+
+// The fixed delays and durations of the player model.
+namespace PlayerTiming {
+using namespace std::chrono_literals;
+
+// How often time, duration, play state and picture shape are sampled.
+inline constexpr auto timeTick = 250ms;
+// A live stream must stall this long before the buffering indicator shows.
+inline constexpr auto bufferingIndicatorDelay = 450ms;
+// Toast durations in nanoseconds, as callers pass them.
+inline constexpr std::uint64_t volumeToastNanoseconds = 1'200'000'000;
+inline constexpr std::uint64_t toastNanoseconds = 2'800'000'000;
+// A playlist download is abandoned after this long without progress.
+inline constexpr auto playlistTimeout = 20s;
+} // namespace PlayerTiming

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "Playlist/PlaylistReadResult.h"
+#include "Web/WebAddress.h"
+
+#include <QByteArrayView>
+#include <QString>
+
+// Playlist bytes or files to channels: decoding, parsing and the failures the user is told about.
+// Pure and re-entrant, so it runs on worker threads; the playlists people load reach hundreds of
+// megabytes, which no event loop should wait for.
+class PlaylistReader
+{
+public:
+    PlaylistReader() = delete;
+
+    // Larger playlists are refused: far beyond any real channel list (a million channels fit in
+    // about 250 MB only with very long addresses), yet a bound on what a server or a mistaken file
+    // choice can make the program hold.
+    static constexpr qint64 maximumBytes = 64 * 1024 * 1024;
+    static QString tooLargeDescription();
+
+    // UTF-8, else ISO Latin-1; relative address lines resolve against base.
+    static PlaylistReadResult read(QByteArrayView bytes, const WebAddress &base);
+    // Reads the whole file at path (at most maximumBytes) and then read() against its address.
+    static PlaylistReadResult readFile(const QString &path);
+};

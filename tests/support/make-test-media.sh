@@ -1,0 +1,28 @@
+#!/usr/bin/env bash
+# Generates the media the engine and model tests play, once per build folder: make-test-media.sh DIR
+set -euo pipefail
+out=$1
+[ -f "$out/.complete" ] && exit 0
+rm -rf "$out" && mkdir -p "$out/vod" "$out/live"
+ff() { ffmpeg -hide_banner -loglevel error -y "$@"; }
+video="-c:v libx264 -preset ultrafast -pix_fmt yuv420p -g 25 -keyint_min 25 -sc_threshold 0"
+audio="-c:a aac -b:a 64k -ac 2 -ar 48000"
+
+# 5 s of 16:9 picture and sound, a key frame every second.
+ff -f lavfi -i testsrc2=size=320x180:rate=25:duration=5 -f lavfi -i sine=frequency=440:duration=5 \
+    $video $audio -shortest "$out/clip.mp4"
+ff -f lavfi -i sine=frequency=660:duration=3 $audio "$out/audio.m4a"
+# 4:3, with a space in its name (its address spells it %20).
+ff -f lavfi -i testsrc2=size=320x240:rate=25:duration=2 $video "$out/My Film.mkv"
+# HLS: a finished playlist of 1 s segments, and 40 live segments the test server publishes
+# one per second as a sliding window.
+ff -i "$out/clip.mp4" -c copy -f hls -hls_time 1 -hls_playlist_type vod \
+    -hls_segment_filename "$out/vod/seg%d.ts" "$out/vod/index.m3u8"
+ff -f lavfi -i testsrc2=size=160x90:rate=25:duration=40 -f lavfi -i sine=duration=40 \
+    $video $audio -shortest -f hls -hls_time 1 -hls_list_size 0 \
+    -hls_segment_filename "$out/live/seg%d.ts" "$out/live/all.m3u8"
+# Files that are not playable media.
+printf 'This is a text file, not a video.\n' >"$out/text.mp4"
+: >"$out/empty.mp4"
+head -c 20000 "$out/clip.mp4" >"$out/truncated.mp4"
+touch "$out/.complete"
