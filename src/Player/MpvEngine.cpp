@@ -1,6 +1,7 @@
 #include "Player/MpvEngine.h"
 
 #include "App/AppIdentity.h"
+#include "Player/MediaSchemes.h"
 
 #include <mpv/client.h>
 #include <mpv/render.h>
@@ -123,8 +124,7 @@ void MpvEngine::setOptions(Output output)
     // Cover art of audio files is not a video: the picture area stays empty for audio.
     setOption(m_handle, "audio-display", "no");
     // Servers see who asks; a dead server gives up after as long as a playlist download does.
-    setOption(m_handle, "user-agent",
-              (u"VelmPlayerPro/"_s + AppIdentity::version.toString()).toUtf8());
+    setOption(m_handle, "user-agent", AppIdentity::userAgent().toUtf8());
     setOption(m_handle, "network-timeout", "20");
     // Network streams and live channels read ahead, bounded in memory: 64 MiB ahead is minutes of
     // HD video, 16 MiB behind allows short jumps back without a new request. When the cache runs
@@ -168,31 +168,30 @@ void MpvEngine::command(std::initializer_list<const char *> arguments, quint64 t
 
 void MpvEngine::load(const QString &target)
 {
+    const Exposed before = exposed();
     m_hasMedia = true;
     m_failed = false;
-    m_endReached = false;
-    m_position = unknown;
-    const bool hadVideo = !m_videoSize.isEmpty();
-    const bool hadDuration = !std::isnan(m_duration);
-    m_duration = unknown;
-    m_videoSize = {};
     m_pendingLoad = target;
+    m_currentEntryID = -1;
+    m_currentLoaded = false;
     if (m_renderReady)
         startPendingLoad();
-    if (hadDuration)
-        Q_EMIT durationChanged();
-    if (hadVideo)
-        Q_EMIT videoSizeChanged();
-    Q_EMIT playbackStateChanged();
+    announceChanges(before);
 }
 
 void MpvEngine::startPendingLoad()
 {
     if (m_pendingLoad.isNull() || !m_handle)
         return;
-    const QByteArray target = std::exchange(m_pendingLoad, QString()).toUtf8();
+    const QString pending = std::exchange(m_pendingLoad, QString());
     ++m_loadGeneration;
-    m_currentEntryID = -1;
+    if (!MediaSchemes::isPlayableTarget(pending)) {
+        command({"stop"});
+        fail(MPV_ERROR_LOADING_FAILED);
+        Q_EMIT playbackStateChanged();
+        return;
+    }
+    const QByteArray target = pending.toUtf8();
     command({"loadfile", target.constData(), "replace"}, loadTagBase + m_loadGeneration);
     setPaused(false);
 }
@@ -202,18 +201,33 @@ void MpvEngine::stop()
     m_pendingLoad = QString();
     if (!m_hasMedia)
         return;
+    const Exposed before = exposed();
     m_hasMedia = false;
     m_failed = false;
-    m_endReached = false;
-    m_position = unknown;
-    m_duration = unknown;
-    m_videoSize = {};
     ++m_loadGeneration;
     m_currentEntryID = -1;
+    m_currentLoaded = false;
     command({"stop"});
-    Q_EMIT durationChanged();
-    Q_EMIT videoSizeChanged();
-    Q_EMIT playbackStateChanged();
+    announceChanges(before);
+}
+
+MpvEngine::Exposed MpvEngine::exposed() const
+{
+    return {duration(), videoSize(), isPaused(), isEndReached(), hasFailed(), isWaitingToPlay()};
+}
+
+void MpvEngine::announceChanges(const Exposed &before)
+{
+    const Exposed after = exposed();
+    const bool sameDuration = before.duration == after.duration ||
+                              (std::isnan(before.duration) && std::isnan(after.duration));
+    if (!sameDuration)
+        Q_EMIT durationChanged();
+    if (before.videoSize != after.videoSize)
+        Q_EMIT videoSizeChanged();
+    if (before.paused != after.paused || before.endReached != after.endReached ||
+        before.failed != after.failed || before.waiting != after.waiting)
+        Q_EMIT playbackStateChanged();
 }
 
 void MpvEngine::setPaused(bool paused)
@@ -252,20 +266,39 @@ void MpvEngine::setMuted(bool muted)
 
 double MpvEngine::position() const
 {
+    if (!isCurrentLoaded())
+        return unknown;
     if (m_endReached && !std::isnan(m_duration))
         return m_duration;
     return m_position;
 }
 
+double MpvEngine::duration() const
+{
+    return isCurrentLoaded() ? m_duration : unknown;
+}
+
+QSize MpvEngine::videoSize() const
+{
+    if (!isCurrentLoaded() || m_displayWidth <= 0 || m_displayHeight <= 0)
+        return {};
+    return QSize(int(m_displayWidth), int(m_displayHeight));
+}
+
+bool MpvEngine::isEndReached() const
+{
+    return isCurrentLoaded() && m_endReached;
+}
+
 bool MpvEngine::isPlaying() const
 {
-    return m_hasMedia && !m_paused && !m_failed && !m_endReached;
+    return m_hasMedia && !m_paused && !m_failed && !isEndReached();
 }
 
 bool MpvEngine::isWaitingToPlay() const
 {
     // core-idle: mpv is not advancing although not paused by us (opening, cache ran dry, seek).
-    return isPlaying() && (m_coreIdle || m_pausedForCache);
+    return isPlaying() && (!isCurrentLoaded() || m_coreIdle || m_pausedForCache);
 }
 
 void MpvEngine::drainEvents()
@@ -275,80 +308,85 @@ void MpvEngine::drainEvents()
     // which invalidates it.
     while (m_handle) {
         const mpv_event *event = mpv_wait_event(m_handle, 0);
-        switch (event->event_id) {
-        case MPV_EVENT_NONE:
+        if (event->event_id == MPV_EVENT_NONE || event->event_id == MPV_EVENT_SHUTDOWN)
             return;
-        case MPV_EVENT_SHUTDOWN:
-            return;
-        case MPV_EVENT_PROPERTY_CHANGE: {
-            const auto *property = static_cast<const mpv_event_property *>(event->data);
-            handlePropertyChange(event->reply_userdata, property->data, property->format);
-            break;
-        }
-        case MPV_EVENT_END_FILE: {
-            const auto *end = static_cast<const mpv_event_end_file *>(event->data);
-            handleEndFile(end->playlist_entry_id, end->reason, end->error);
-            break;
-        }
-        case MPV_EVENT_COMMAND_REPLY:
-            if (event->reply_userdata == seekTag)
-                Q_EMIT seekFinished();
-            else if (event->reply_userdata == loadTagBase + m_loadGeneration)
-                handleLoadReply(event->error,
-                                static_cast<const mpv_event_command *>(event->data)->result);
-            break;
-        default:
-            break;
-        }
+        const Exposed before = exposed();
+        handleEvent(*event);
+        announceChanges(before);
     }
 }
 
-void MpvEngine::handlePropertyChange(quint64 id, const void *data, int format)
+void MpvEngine::handleEvent(const mpv_event &event)
 {
+    switch (event.event_id) {
+    case MPV_EVENT_PROPERTY_CHANGE: {
+        const auto *property = static_cast<const mpv_event_property *>(event.data);
+        storeProperty(event.reply_userdata, property->data, property->format);
+        return;
+    }
+    case MPV_EVENT_START_FILE:
+        m_currentStarted = static_cast<const mpv_event_start_file *>(event.data)->playlist_entry_id ==
+                           m_currentEntryID;
+        return;
+    case MPV_EVENT_FILE_LOADED:
+        // Events are ordered: a load replaced before it got here was already told apart by its
+        // entry id at its start.
+        m_currentLoaded = m_currentStarted && m_hasMedia;
+        return;
+    case MPV_EVENT_END_FILE: {
+        const auto *end = static_cast<const mpv_event_end_file *>(event.data);
+        handleEndFile(end->playlist_entry_id, end->reason, end->error);
+        return;
+    }
+    case MPV_EVENT_COMMAND_REPLY:
+        if (event.reply_userdata == seekTag)
+            Q_EMIT seekFinished();
+        else if (event.reply_userdata == loadTagBase + m_loadGeneration)
+            handleLoadReply(event.error, static_cast<const mpv_event_command *>(event.data)->result);
+        return;
+    default:
+        return;
+    }
+}
+
+void MpvEngine::storeProperty(quint64 id, const void *data, int format)
+{
+    // The cache mirrors what mpv last reported, whichever media it was about; the accessors
+    // expose it only once the current media has loaded. mpv reports a property only when its
+    // value differs from the last report, so nothing reported may be thrown away.
     // MPV_FORMAT_NONE: the property is unavailable (no file, no video), data is invalid.
     const bool available = format != MPV_FORMAT_NONE && data;
     const auto flag = [&] { return available && *static_cast<const int *>(data) != 0; };
     const auto number = [&] { return available ? *static_cast<const double *>(data) : unknown; };
     const auto integer = [&] { return available ? *static_cast<const qint64 *>(data) : 0; };
-
     switch (id) {
     case timePosID:
-        m_position = m_hasMedia ? number() : unknown;
+        m_position = number();
         return;
-    case durationID: {
-        const double duration = m_hasMedia ? number() : unknown;
-        if (duration == m_duration || (std::isnan(duration) && std::isnan(m_duration)))
-            return;
-        m_duration = duration;
-        Q_EMIT durationChanged();
+    case durationID:
+        m_duration = number();
         return;
-    }
     case pauseID:
         m_paused = flag();
-        break;
+        return;
     case coreIdleID:
         m_coreIdle = flag();
-        break;
+        return;
     case pausedForCacheID:
         m_pausedForCache = flag();
-        break;
-    case eofReachedID:
-        m_endReached = m_hasMedia && flag();
-        break;
-    case displayWidthID:
-    case displayHeightID: {
-        (id == displayWidthID ? m_displayWidth : m_displayHeight) = integer();
-        const QSize size = m_hasMedia ? QSize(int(m_displayWidth), int(m_displayHeight)) : QSize();
-        if (size != m_videoSize) {
-            m_videoSize = size;
-            Q_EMIT videoSizeChanged();
-        }
         return;
-    }
+    case eofReachedID:
+        m_endReached = flag();
+        return;
+    case displayWidthID:
+        m_displayWidth = integer();
+        return;
+    case displayHeightID:
+        m_displayHeight = integer();
+        return;
     default:
         return;
     }
-    Q_EMIT playbackStateChanged();
 }
 
 void MpvEngine::handleLoadReply(int error, const mpv_node &result)
@@ -360,8 +398,8 @@ void MpvEngine::handleLoadReply(int error, const mpv_node &result)
         fail(error);
         return;
     }
-    // The reply names the playlist entry of this load, which tells its end-of-file event from
-    // those of the media it replaced; mpv sends the reply before any event of the new entry.
+    // The reply names the playlist entry of this load, which tells its events from those of the
+    // media it replaced; mpv sends the reply before any event of the new entry.
     if (result.format != MPV_FORMAT_NODE_MAP)
         return;
     const mpv_node_list *map = result.u.list;
@@ -376,7 +414,6 @@ void MpvEngine::fail(int error)
 {
     m_failed = true;
     Q_EMIT loadFailed(QString::fromUtf8(mpv_error_string(error)));
-    Q_EMIT playbackStateChanged();
 }
 
 void MpvEngine::handleEndFile(qint64 entryID, int reason, int error)
@@ -387,7 +424,7 @@ void MpvEngine::handleEndFile(qint64 entryID, int reason, int error)
     if (reason == MPV_END_FILE_REASON_ERROR) {
         fail(error);
     } else if (reason == MPV_END_FILE_REASON_EOF) {
+        // Without keep-open support (some streams end this way) the media is gone: it ended.
         m_endReached = true;
-        Q_EMIT playbackStateChanged();
     }
 }

@@ -10,6 +10,7 @@
 #include <limits>
 
 struct mpv_handle;
+struct mpv_event;
 struct mpv_node;
 struct mpv_render_context;
 struct mpv_render_param;
@@ -38,7 +39,8 @@ public:
     // False when libmpv could not be started; every command is then ignored.
     bool isValid() const { return m_handle != nullptr; }
 
-    // Opens a file path or an address and starts playing it, replacing what was loaded.
+    // Opens an absolute file path or an address and starts playing it, replacing what was loaded.
+    // Anything else, and addresses of schemes outside MediaSchemes, fail without reaching mpv.
     void load(const QString &target);
     // Unloads the media; the engine stays ready for the next load.
     void stop();
@@ -53,11 +55,11 @@ public:
     // Seconds; NaN while unknown. At the end of the media the position is the duration.
     double position() const;
     // Seconds; NaN while unknown and for live streams.
-    double duration() const { return m_duration; }
+    double duration() const;
     // The displayed picture size (aspect correction applied); empty without video.
-    QSize videoSize() const { return m_videoSize; }
+    QSize videoSize() const;
     bool isPaused() const { return m_paused; }
-    bool isEndReached() const { return m_endReached; }
+    bool isEndReached() const;
     bool hasFailed() const { return m_failed; }
     // Asked to play and able to: media loaded, not paused, not failed, not at the end.
     bool isPlaying() const;
@@ -82,15 +84,30 @@ Q_SIGNALS:
     void aboutToShutDown();
 
 private:
+    // What the accessors show, to announce only real changes.
+    struct Exposed
+    {
+        double duration;
+        QSize videoSize;
+        bool paused;
+        bool endReached;
+        bool failed;
+        bool waiting;
+    };
+
     void setOptions(Output output);
     void observeProperties();
     void drainEvents();
-    void handlePropertyChange(quint64 id, const void *data, int format);
+    void handleEvent(const mpv_event &event);
+    void storeProperty(quint64 id, const void *data, int format);
     void handleLoadReply(int error, const mpv_node &result);
     void handleEndFile(qint64 entryID, int reason, int error);
     void fail(int error);
     void command(std::initializer_list<const char *> arguments, quint64 tag = 0);
     void startPendingLoad();
+    bool isCurrentLoaded() const { return m_hasMedia && m_currentLoaded; }
+    Exposed exposed() const;
+    void announceChanges(const Exposed &before);
 
     mpv_handle *m_handle = nullptr;
     bool m_renderReady = false;
@@ -98,16 +115,19 @@ private:
     std::atomic_bool m_drainQueued = false;
 
     bool m_hasMedia = false;
+    bool m_failed = false;
     quint64 m_loadGeneration = 0;
-    qint64 m_currentEntryID = -1;
+    qint64 m_currentEntryID = -1;  // mpv's playlist entry of the current load, once known
+    bool m_currentStarted = false; // mpv began opening that entry
+    bool m_currentLoaded = false;  // and opened it: the cache below describes it
+
+    // mpv's last report of each observed property.
     double m_position = std::numeric_limits<double>::quiet_NaN();
     double m_duration = std::numeric_limits<double>::quiet_NaN();
-    QSize m_videoSize;
     qint64 m_displayWidth = 0;
     qint64 m_displayHeight = 0;
     bool m_paused = false;
     bool m_coreIdle = true;
     bool m_pausedForCache = false;
     bool m_endReached = false;
-    bool m_failed = false;
 };

@@ -1,5 +1,6 @@
 #include "Playlist/PlaylistDownload.h"
 
+#include "App/AppIdentity.h"
 #include "Playlist/PlaylistReader.h"
 
 #include <QNetworkAccessManager>
@@ -28,6 +29,7 @@ PlaylistDownload::PlaylistDownload(QNetworkAccessManager &network, const WebAddr
 {
     QNetworkRequest request(QUrl::fromEncoded(url.bytes(), QUrl::StrictMode));
     request.setTransferTimeout(int(timeout.count()));
+    request.setHeader(QNetworkRequest::UserAgentHeader, AppIdentity::userAgent());
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
                          QNetworkRequest::NoLessSafeRedirectPolicy);
     m_reply = network.get(request);

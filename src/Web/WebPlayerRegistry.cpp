@@ -6,7 +6,7 @@
 
 void WebPlayerRegistry::setWebView(QObject *view)
 {
-    Q_ASSERT(!view || qobject_cast<WebScriptTarget *>(view));
+    Q_ASSERT(!view || dynamic_cast<WebScriptTarget *>(view));
     m_webView = view;
 }
 
@@ -21,7 +21,7 @@ void WebPlayerRegistry::evaluate(const QString &script)
     // The registry is the timer's context, so a registry that is gone runs nothing; the view is
     // read only when the command runs.
     QTimer::singleShot(0, this, [this, script] {
-        if (auto *target = qobject_cast<WebScriptTarget *>(m_webView.data()))
+        if (auto *target = dynamic_cast<WebScriptTarget *>(m_webView.data()))
             target->runScript(script);
     });
 }

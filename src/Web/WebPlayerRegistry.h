@@ -15,7 +15,7 @@ class WebPlayerRegistry : public QObject
 public:
     // The view on screen, or nothing. The registry never keeps a view alive.
     QObject *webView() const { return m_webView; }
-    // view must implement WebScriptTarget (Q_INTERFACES).
+    // view must implement WebScriptTarget.
     void setWebView(QObject *view);
     // Clears the registration only if it is this very view, so an older view going away never
     // unregisters a newer one.

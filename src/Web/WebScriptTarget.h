@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QObject>
 #include <QString>
 
 // What a web player view offers the registries: running one script in its page. The view is a
@@ -13,6 +12,3 @@ public:
     // Runs the script in the page; the result and any script error are ignored.
     virtual void runScript(const QString &script) = 0;
 };
-
-#define VelmWebScriptTarget_iid "app.velmplayer.WebScriptTarget"
-Q_DECLARE_INTERFACE(WebScriptTarget, VelmWebScriptTarget_iid)

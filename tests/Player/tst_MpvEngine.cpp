@@ -102,6 +102,9 @@ void tst_MpvEngine::unplayableInputFails_data()
     QTest::newRow("truncated mp4") << testMedia(u"truncated.mp4"_s);
     QTest::newRow("missing file") << testMedia(u"no such file.mp4"_s);
     QTest::newRow("refused connection") << u"http://127.0.0.1:1/stream.m3u8"_s;
+    QTest::newRow("process file descriptor") << u"fdclose://0"_s;
+    QTest::newRow("generated media") << u"av://lavfi:testsrc"_s;
+    QTest::newRow("relative path") << u"clip.mp4"_s;
 }
 
 void tst_MpvEngine::unplayableInputFails()

@@ -23,6 +23,7 @@ struct TestHttpReply
     bool neverAnswer = false;           // accept, read the request, then stay silent
     // With a length: the body is that many zero bytes, written as fast as the client reads.
     qint64 endlessLength = 0;
+    bool announceLength = true; // false: no Content-Length, the body ends when the socket closes
     // With an interval: the body goes out in pieces of pieceSize bytes, one per interval.
     std::chrono::milliseconds pieceInterval{0};
     qsizetype pieceSize = 1024;
@@ -128,7 +129,8 @@ private:
         const qint64 length = reply.endlessLength > 0 ? reply.endlessLength : body.size();
         socket->write("HTTP/1.1 " + QByteArray::number(status) + ' ' + reason(status) + "\r\n" +
                       "Content-Type: " + reply.contentType + "\r\n" +
-                      "Content-Length: " + QByteArray::number(length) + "\r\n" +
+                      (reply.announceLength ? "Content-Length: " + QByteArray::number(length) + "\r\n"
+                                            : QByteArray()) +
                       "Accept-Ranges: bytes\r\n" + extra + "Connection: close\r\n\r\n");
         if (reply.endlessLength > 0)
             streamZeros(socket, reply.endlessLength);

@@ -1,0 +1,307 @@
+#include "Player/PlayerModel.h"
+#include "Player/PlayerTexts.h"
+#include "Playlist/PlaylistReader.h"
+
+#include "TestHttpServer.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+const QByteArray twoChannels = "#EXTM3U\n#EXTINF:-1,One\nhttp://a.example/1.m3u8\n"
+                               "#EXTINF:-1,Two\nrel/2.m3u8\n";
+
+TestHttpReply playlist(const QByteArray &body, std::chrono::milliseconds delay = 0ms)
+{
+    TestHttpReply reply{200, body, "audio/x-mpegurl"};
+    reply.delay = delay;
+    return reply;
+}
+
+QStringList names(const QList<PlaylistEntry> &entries)
+{
+    QStringList list;
+    for (const PlaylistEntry &entry : entries)
+        list.append(entry.name);
+    return list;
+}
+
+// Waits until the model's newest playlist request has ended.
+void waitForLoad(QFuture<void> future)
+{
+    QTRY_VERIFY_WITH_TIMEOUT(future.isFinished(), 10000);
+}
+} // namespace
+
+// Playlists loaded from a local HTTP server and imported from files into a headless model.
+class tst_PlaylistLoading : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void loadPublishesChannelsAndTitle_data();
+    void loadPublishesChannelsAndTitle();
+    void onlyTheNewestLoadCounts_data();
+    void onlyTheNewestLoadCounts();
+    void failedLoadsSayWhy_data();
+    void failedLoadsSayWhy();
+    void aHugeBodyNeitherBlocksNorGrows();
+    void importPublishesTheFile_data();
+    void importPublishesTheFile();
+    void failedImportsEmptyTheList_data();
+    void failedImportsEmptyTheList();
+    void importSupersedesARunningLoad();
+};
+
+void tst_PlaylistLoading::loadPublishesChannelsAndTitle_data()
+{
+    QTest::addColumn<QByteArray>("body");
+    QTest::addColumn<std::optional<QString>>("name");
+    QTest::addColumn<QStringList>("channels");
+    QTest::addColumn<QString>("title");
+    QTest::newRow("named") << twoChannels << std::optional<QString>(u" Sports \n"_s)
+                           << QStringList{u"One"_s, u"Two"_s} << u"Sports"_s;
+    QTest::newRow("blank name") << twoChannels << std::optional<QString>(u"   "_s)
+                                << QStringList{u"One"_s, u"Two"_s} << u"IPTV Playlist"_s;
+    QTest::newRow("latin-1") << QByteArray("#EXTM3U\n#EXTINF:-1,T\xe9l\xe9 Fran\xe7" "aise\nhttp://a/1\n")
+                             << std::optional<QString>() << QStringList{u"Télé Française"_s}
+                             << u"IPTV Playlist"_s;
+}
+
+void tst_PlaylistLoading::loadPublishesChannelsAndTitle()
+{
+    QFETCH(QByteArray, body);
+    QFETCH(std::optional<QString>, name);
+    QFETCH(QStringList, channels);
+    QFETCH(QString, title);
+    TestHttpServer server;
+    TestHttpReply reply = playlist(body);
+    reply.pieceInterval = 20ms; // a slow body is no time-out: data keeps coming
+    reply.pieceSize = 16;
+    server.route("/tv/list.m3u", reply);
+    PlayerModel model(MpvEngine::Output::headless);
+    model.setPlaylistTimeout(500ms);
+    const QFuture<void> load = model.openRemote(server.url(u"/tv/list.m3u"_s), name);
+    QVERIFY(model.isLoading());
+    waitForLoad(load);
+    QVERIFY(!model.isLoading());
+    QVERIFY2(!model.errorMessage(), qPrintable(model.errorMessage().value_or(QString())));
+    QCOMPARE(names(model.playlist()), channels);
+    QCOMPARE(model.title(), title);
+    if (channels.size() == 2)
+        QCOMPARE(model.playlist().at(1).url.text(), server.url(u"/tv/rel/2.m3u8"_s));
+    QVERIFY(server.requestHeads().constFirst().contains("\r\nUser-Agent: VelmPlayerPro/"));
+    QVERIFY(!model.isPlaying()); // a playlist only lists channels
+}
+
+void tst_PlaylistLoading::onlyTheNewestLoadCounts_data()
+{
+    QTest::addColumn<int>("firstStatus");
+    QTest::newRow("first succeeds late") << 200;
+    QTest::newRow("first fails late") << 404;
+}
+
+void tst_PlaylistLoading::onlyTheNewestLoadCounts()
+{
+    QFETCH(int, firstStatus);
+    TestHttpServer server;
+    TestHttpReply first = playlist("#EXTM3U\n#EXTINF:-1,Old\nhttp://a/old\n", 600ms);
+    first.status = firstStatus;
+    server.route("/first.m3u", first);
+    server.route("/second.m3u", playlist("#EXTM3U\n#EXTINF:-1,New\nhttp://a/new\n"));
+    PlayerModel model(MpvEngine::Output::headless);
+    QSignalSpy errors(&model, &PlayerModel::errorMessageChanged);
+    const QFuture<void> older = model.openRemote(server.url(u"/first.m3u"_s), u"First"_s);
+    const QFuture<void> newer = model.openRemote(server.url(u"/second.m3u"_s), u"Second"_s);
+    waitForLoad(newer);
+    QCOMPARE(names(model.playlist()), QStringList{u"New"_s});
+    QVERIFY(!model.isLoading());
+    waitForLoad(older);
+    QCOMPARE(server.requestCount("/first.m3u"), 1);
+    QCOMPARE(names(model.playlist()), QStringList{u"New"_s});
+    QCOMPARE(model.title(), u"Second"_s);
+    QVERIFY(!model.errorMessage());
+    QCOMPARE(errors.count(), 0);
+    QVERIFY(!model.isLoading());
+}
+
+void tst_PlaylistLoading::failedLoadsSayWhy_data()
+{
+    QTest::addColumn<TestHttpReply>("reply");
+    QTest::addColumn<QString>("description");
+    TestHttpReply notFound = playlist("Not here");
+    notFound.status = 404;
+    QTest::newRow("status 404") << notFound
+                                << u"The server responded with status 404 (Not Found)."_s;
+    TestHttpReply silent;
+    silent.neverAnswer = true;
+    QTest::newRow("server never answers") << silent << u"The server did not answer in time."_s;
+    TestHttpReply stalls = playlist(twoChannels);
+    stalls.pieceInterval = 2s;
+    QTest::newRow("body stalls") << stalls << u"The server did not answer in time."_s;
+    QTest::newRow("no channels") << playlist("#EXTM3U\n#EXTINF:-1,Nothing\n")
+                                 << u"No playable address was found in the playlist."_s;
+    QTest::newRow("refused connection") << TestHttpReply() << u"Connection refused"_s;
+    TestHttpReply announcedHuge;
+    announcedHuge.endlessLength = PlaylistReader::maximumBytes + 1;
+    QTest::newRow("announced too large") << announcedHuge << PlaylistReader::tooLargeDescription();
+}
+
+void tst_PlaylistLoading::failedLoadsSayWhy()
+{
+    QFETCH(TestHttpReply, reply);
+    QFETCH(QString, description);
+    TestHttpServer server;
+    server.route("/list.m3u", reply);
+    const QString address = description == u"Connection refused"_s
+                                ? u"http://127.0.0.1:1/list.m3u"_s
+                                : server.url(u"/list.m3u"_s);
+    PlayerModel model(MpvEngine::Output::headless);
+    model.setPlaylistTimeout(400ms);
+    waitForLoad(model.openRemote(address, std::nullopt));
+    QCOMPARE(model.errorMessage(), PlayerTexts::playlistOpenFailed.toString() + description);
+    QVERIFY(model.playlist().isEmpty());
+    QVERIFY(!model.isLoading());
+}
+
+void tst_PlaylistLoading::aHugeBodyNeitherBlocksNorGrows()
+{
+    // Gigabytes without a length: refused once the body passes the limit, while the event loop
+    // keeps turning.
+    TestHttpServer server;
+    TestHttpReply endless;
+    endless.endlessLength = qint64(4) << 30;
+    endless.announceLength = false;
+    server.route("/huge.m3u", endless);
+    PlayerModel model(MpvEngine::Output::headless);
+    QElapsedTimer sinceTick;
+    qint64 longestGap = 0;
+    QTimer ticker;
+    QObject::connect(&ticker, &QTimer::timeout, [&] {
+        longestGap = std::max(longestGap, sinceTick.restart());
+    });
+    sinceTick.start();
+    ticker.start(10);
+    waitForLoad(model.openRemote(server.url(u"/huge.m3u"_s), std::nullopt));
+    QCOMPARE(model.errorMessage(),
+             PlayerTexts::playlistOpenFailed.toString() + PlaylistReader::tooLargeDescription());
+    QVERIFY2(longestGap < 500, qPrintable(QString::number(longestGap)));
+}
+
+void tst_PlaylistLoading::importPublishesTheFile_data()
+{
+    QTest::addColumn<QByteArray>("body");
+    QTest::addColumn<std::optional<QString>>("name");
+    QTest::addColumn<QStringList>("channels");
+    QTest::addColumn<QString>("title");
+    QTest::newRow("file name as title") << twoChannels << std::optional<QString>(u"  "_s)
+                                        << QStringList{u"One"_s, u"Two"_s} << u"my.list"_s;
+    QTest::newRow("given name") << twoChannels << std::optional<QString>(u"Saved"_s)
+                                << QStringList{u"One"_s, u"Two"_s} << u"Saved"_s;
+    QTest::newRow("latin-1 accents")
+        << QByteArray("#EXTINF:-1,Caf\xe9 TV\r\nhttp://a/1\r\n") << std::optional<QString>()
+        << QStringList{u"Café TV"_s} << u"my.list"_s;
+}
+
+void tst_PlaylistLoading::importPublishesTheFile()
+{
+    QFETCH(QByteArray, body);
+    QFETCH(std::optional<QString>, name);
+    QFETCH(QStringList, channels);
+    QFETCH(QString, title);
+    QTemporaryDir folder;
+    QFile file(folder.filePath(u"my.list.m3u"_s));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(body);
+    file.close();
+    PlayerModel model(MpvEngine::Output::headless);
+    auto import = model.importLocalM3UFile(file.fileName(), name);
+    QTRY_VERIFY(import.isFinished());
+    QVERIFY(import.result());
+    QCOMPARE(names(*import.result()), channels);
+    QCOMPARE(model.playlist(), *import.result());
+    QCOMPARE(model.title(), title);
+    QVERIFY(!model.errorMessage());
+    if (channels.size() == 2) // relative lines resolve against the file's folder
+        QCOMPARE(model.playlist().at(1).url.toLocalFile(), folder.filePath(u"rel/2.m3u8"_s));
+}
+
+void tst_PlaylistLoading::failedImportsEmptyTheList_data()
+{
+    QTest::addColumn<QString>("fileName"); // in a temporary folder; "" for the folder itself
+    QTest::addColumn<QByteArray>("body");
+    QTest::addColumn<qint64>("size"); // when larger than the body: a sparse file of that size
+    QTest::addColumn<QString>("description");
+    QTest::newRow("no addresses") << u"names.m3u"_s << QByteArray("#EXTM3U\n#EXTINF:-1,A\n")
+                                  << qint64(0)
+                                  << u"No playable address was found in the playlist."_s;
+    QTest::newRow("empty file") << u"empty.m3u"_s << QByteArray() << qint64(0)
+                                << u"No playable address was found in the playlist."_s;
+    QTest::newRow("missing file") << u"missing.m3u"_s << QByteArray() << qint64(-1)
+                                  << u"No such file or directory"_s;
+    QTest::newRow("a folder") << QString() << QByteArray() << qint64(0) << QString();
+    QTest::newRow("too large") << u"huge.m3u"_s << twoChannels
+                               << PlaylistReader::maximumBytes + 1
+                               << PlaylistReader::tooLargeDescription();
+}
+
+void tst_PlaylistLoading::failedImportsEmptyTheList()
+{
+    QFETCH(QString, fileName);
+    QFETCH(QByteArray, body);
+    QFETCH(qint64, size);
+    QFETCH(QString, description);
+    QTemporaryDir folder;
+    const QString path = fileName.isEmpty() ? folder.path() : folder.filePath(fileName);
+    if (size >= 0 && !fileName.isEmpty()) {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(body);
+        if (size > body.size())
+            QVERIFY(file.resize(size));
+    }
+    PlayerModel model(MpvEngine::Output::headless);
+    TestHttpServer server;
+    server.route("/list.m3u", playlist(twoChannels));
+    waitForLoad(model.openRemote(server.url(u"/list.m3u"_s), std::nullopt));
+    QCOMPARE(model.playlist().size(), 2);
+
+    auto import = model.importLocalM3UFile(path, std::nullopt);
+    QTRY_VERIFY(import.isFinished());
+    QVERIFY(!import.result());
+    QVERIFY(model.playlist().isEmpty());
+    QVERIFY(model.errorMessage()->startsWith(PlayerTexts::playlistImportFailed.toString()));
+    if (!description.isEmpty())
+        QCOMPARE(*model.errorMessage(), PlayerTexts::playlistImportFailed.toString() + description);
+}
+
+void tst_PlaylistLoading::importSupersedesARunningLoad()
+{
+    TestHttpServer server;
+    server.route("/slow.m3u", playlist("#EXTM3U\n#EXTINF:-1,Network\nhttp://a/n\n", 500ms));
+    QTemporaryDir folder;
+    QFile file(folder.filePath(u"local.m3u"_s));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("#EXTINF:-1,Local\nhttp://a/l\n");
+    file.close();
+
+    PlayerModel model(MpvEngine::Output::headless);
+    const QFuture<void> load = model.openRemote(server.url(u"/slow.m3u"_s), std::nullopt);
+    QVERIFY(model.isLoading());
+    auto import = model.importLocalM3UFile(file.fileName(), std::nullopt);
+    QVERIFY(!model.isLoading()); // the spinner goes at once
+    QTRY_VERIFY(import.isFinished());
+    waitForLoad(load);
+    QCOMPARE(names(model.playlist()), QStringList{u"Local"_s});
+    QCOMPARE(model.title(), u"local"_s);
+    QVERIFY(!model.isLoading());
+}
+
+QTEST_GUILESS_MAIN(tst_PlaylistLoading)
+#include "tst_PlaylistLoading.moc"

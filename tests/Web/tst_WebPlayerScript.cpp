@@ -1,0 +1,102 @@
+#include "Web/OKVideoPlayerRegistry.h"
+#include "Web/WebPlayerScript.h"
+#include "Web/YouTubePlayerRegistry.h"
+
+#include "RecordingScriptTarget.h"
+
+#include <QTest>
+
+#include <limits>
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+class tst_WebPlayerScript : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void numbersReadBackExactly_data();
+    void numbersReadBackExactly();
+    void commandsCarryTheirArgument();
+    void registryRunsCommandsLaterOnTheViewOnScreen();
+    void anOlderViewNeverUnregistersANewerOne();
+};
+
+void tst_WebPlayerScript::numbersReadBackExactly_data()
+{
+    QTest::addColumn<double>("value");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("whole") << 5.0 << u"5.0"_s;
+    QTest::newRow("negative whole") << -20.0 << u"-20.0"_s;
+    QTest::newRow("fraction") << 0.35 << u"0.35"_s;
+    QTest::newRow("zero") << 0.0 << u"0.0"_s;
+    QTest::newRow("shortest, not 17 digits") << 0.1 + 0.2 << u"0.30000000000000004"_s;
+    QTest::newRow("tiny") << 1e-5 << u"1e-05"_s;
+    QTest::newRow("huge") << 1e16 << u"1e+16"_s;
+    QTest::newRow("large plain") << 123456789012.5 << u"123456789012.5"_s;
+    QTest::newRow("not a number") << std::numeric_limits<double>::quiet_NaN() << u"NaN"_s;
+    QTest::newRow("infinite") << -std::numeric_limits<double>::infinity() << u"-Infinity"_s;
+}
+
+void tst_WebPlayerScript::numbersReadBackExactly()
+{
+    QFETCH(double, value);
+    QFETCH(QString, text);
+    QCOMPARE(WebPlayerScript::number(value), text);
+}
+
+void tst_WebPlayerScript::commandsCarryTheirArgument()
+{
+    QCOMPARE(WebPlayerScript::youTubeSkip(-10), u"velmSkip(-10.0);"_s);
+    QCOMPARE(WebPlayerScript::youTubeSetVolume(0.5), u"velmSetVolume(0.5);"_s);
+    QCOMPARE(WebPlayerScript::youTubeSetMuted(false), u"velmSetMuted(false);"_s);
+    QCOMPARE(WebPlayerScript::okVideoSkip(10),
+             u"var v=document.querySelector('video'); "
+             u"if(v){v.currentTime=Math.max(0,v.currentTime+(10.0));}"_s);
+    QCOMPARE(WebPlayerScript::okVideoSetVolume(1),
+             u"var v=document.querySelector('video'); if(v){v.muted=false;v.volume=1.0;}"_s);
+    QCOMPARE(WebPlayerScript::okVideoSetMuted(true),
+             u"var v=document.querySelector('video'); if(v){v.muted=true;}"_s);
+}
+
+void tst_WebPlayerScript::registryRunsCommandsLaterOnTheViewOnScreen()
+{
+    WebPlayerRegistry &registry = OKVideoPlayerRegistry::shared();
+    // Without a view when it runs, a command goes nowhere and is not kept for a later view.
+    registry.evaluate(u"lost();"_s);
+    QTest::qWait(10);
+    auto view = std::make_unique<RecordingScriptTarget>();
+    registry.setWebView(view.get());
+    QTest::qWait(10);
+    QVERIFY(view->scripts.isEmpty());
+
+    registry.setMuted(true);
+    // Never inside the caller: the command runs from the event loop.
+    QVERIFY(view->scripts.isEmpty());
+    QTRY_COMPARE(view->scripts, QStringList{WebPlayerScript::okVideoSetMuted(true)});
+
+    // A view that went away is not kept alive and leaves the command dropped.
+    registry.evaluate(u"late();"_s);
+    view.reset();
+    QVERIFY(!registry.webView());
+    QTest::qWait(10);
+}
+
+void tst_WebPlayerScript::anOlderViewNeverUnregistersANewerOne()
+{
+    WebPlayerRegistry &registry = YouTubePlayerRegistry::shared();
+    RecordingScriptTarget older, newer;
+    registry.setWebView(&older);
+    registry.setWebView(&newer);
+    registry.clearWebView(&older);
+    QCOMPARE(registry.webView(), &newer);
+    registry.setMuted(false);
+    QTRY_COMPARE(newer.scripts, QStringList{u"velmSetMuted(false);"_s});
+    QVERIFY(older.scripts.isEmpty());
+    registry.clearWebView(&newer);
+    QVERIFY(!registry.webView());
+}
+
+QTEST_GUILESS_MAIN(tst_WebPlayerScript)
+#include "tst_WebPlayerScript.moc"
