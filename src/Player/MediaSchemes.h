@@ -9,8 +9,8 @@
 // playlists found on the web.
 namespace MediaSchemes {
 inline constexpr std::array<QStringView, 12> playable = {
-    u"file", u"http", u"https", u"rtmp", u"rtmps", u"rtsp",
-    u"rtsps", u"rtp", u"srt", u"udp", u"mms", u"mmsh",
+    u"file",  u"http", u"https", u"rtmp", u"rtmps", u"rtsp",
+    u"rtsps", u"rtp",  u"srt",   u"udp",  u"mms",   u"mmsh",
 };
 
 // An absolute file path, or an address with one of the schemes above in any letter case.

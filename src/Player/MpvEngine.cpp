@@ -24,7 +24,8 @@ constexpr quint64 seekTag = 1;
 constexpr quint64 loadTagBase = quint64(1) << 32;
 
 // The observed properties, by the id mpv reports back.
-enum PropertyID : quint64 {
+enum PropertyID : quint64
+{
     timePosID = 1,
     durationID,
     pauseID,
@@ -325,13 +326,18 @@ void MpvEngine::handleEvent(const mpv_event &event)
         return;
     }
     case MPV_EVENT_START_FILE:
-        m_currentStarted = static_cast<const mpv_event_start_file *>(event.data)->playlist_entry_id ==
-                           m_currentEntryID;
+        m_currentStarted =
+            static_cast<const mpv_event_start_file *>(event.data)->playlist_entry_id ==
+            m_currentEntryID;
         return;
     case MPV_EVENT_FILE_LOADED:
         // Events are ordered: a load replaced before it got here was already told apart by its
         // entry id at its start.
         m_currentLoaded = m_currentStarted && m_hasMedia;
+        return;
+    case MPV_EVENT_PLAYBACK_RESTART:
+        if (isCurrentLoaded())
+            Q_EMIT framesReady();
         return;
     case MPV_EVENT_END_FILE: {
         const auto *end = static_cast<const mpv_event_end_file *>(event.data);
@@ -342,7 +348,8 @@ void MpvEngine::handleEvent(const mpv_event &event)
         if (event.reply_userdata == seekTag)
             Q_EMIT seekFinished();
         else if (event.reply_userdata == loadTagBase + m_loadGeneration)
-            handleLoadReply(event.error, static_cast<const mpv_event_command *>(event.data)->result);
+            handleLoadReply(event.error,
+                            static_cast<const mpv_event_command *>(event.data)->result);
         return;
     default:
         return;

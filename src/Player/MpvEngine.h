@@ -78,6 +78,8 @@ Q_SIGNALS:
     void durationChanged();
     void videoSizeChanged();
     void seekFinished();
+    // The first frame after a load or a seek is decoded and playback runs from it.
+    void framesReady();
     // The current media could not be opened or played; description is mpv's reason.
     void loadFailed(const QString &description);
     // Emitted before the handle goes away: free render contexts now.

@@ -60,8 +60,9 @@ PlayerModel::PlayerModel(MpvEngine::Output output, QObject *parent)
     });
 
     m_toastTimer.setSingleShot(true);
-    connect(&m_toastTimer, &QTimer::timeout, this,
-            [this] { assign(m_toastMessage, std::optional<QString>(), &PlayerModel::toastMessageChanged); });
+    connect(&m_toastTimer, &QTimer::timeout, this, [this] {
+        assign(m_toastMessage, std::optional<QString>(), &PlayerModel::toastMessageChanged);
+    });
 
     // A change of play state is a time discontinuity as well: sample at once, so the clock and
     // the play button do not lag a quarter second behind a pause, a stall or the end.
@@ -337,14 +338,18 @@ QFuture<void> PlayerModel::openRemote(QStringView address,
         assign(m_videoAspectMediaLoadID, std::optional<QUuid>(m_mediaLoadID),
                &PlayerModel::videoAspectMediaLoadIDChanged);
         if (target.youtube)
-            m_lastPlayableSource = LastPlayableSource{LastPlayableSource::YouTube{*target.youtube, title}};
+            m_lastPlayableSource =
+                LastPlayableSource{LastPlayableSource::YouTube{*target.youtube, title}};
         else
-            m_lastPlayableSource = LastPlayableSource{LastPlayableSource::OKVideo{*target.okVideo, title}};
+            m_lastPlayableSource =
+                LastPlayableSource{LastPlayableSource::OKVideo{*target.okVideo, title}};
         showWebContent(target.youtube, target.okVideo, title);
         return QtFuture::makeReadyFuture();
     case RemoteTarget::Kind::playlist:
-        assign(m_youtubeContent, std::optional<YouTubeContent>(), &PlayerModel::youtubeContentChanged);
-        assign(m_okVideoContent, std::optional<OKVideoContent>(), &PlayerModel::okVideoContentChanged);
+        assign(m_youtubeContent, std::optional<YouTubeContent>(),
+               &PlayerModel::youtubeContentChanged);
+        assign(m_okVideoContent, std::optional<OKVideoContent>(),
+               &PlayerModel::okVideoContentChanged);
         return loadM3U(target.url, name, requestID);
     case RemoteTarget::Kind::stream:
         assign(m_isLoading, false, &PlayerModel::isLoadingChanged);
@@ -357,8 +362,7 @@ QFuture<void> PlayerModel::openRemote(QStringView address,
 }
 
 void PlayerModel::showWebContent(const std::optional<YouTubeContent> &youtube,
-                                 const std::optional<OKVideoContent> &okVideo,
-                                 const QString &title)
+                                 const std::optional<OKVideoContent> &okVideo, const QString &title)
 {
     // The engine gives up its media so that only the web player sounds; currentURL stays, and a
     // pending buffering delay is left to find the stream gone.
@@ -410,8 +414,7 @@ void PlayerModel::clearNetworkStream()
     stop();
 }
 
-QFuture<void> PlayerModel::loadM3U(const WebAddress &url,
-                                   const std::optional<QString> &displayName,
+QFuture<void> PlayerModel::loadM3U(const WebAddress &url, const std::optional<QString> &displayName,
                                    const QUuid &requestID)
 {
     assign(m_isLoading, true, &PlayerModel::isLoadingChanged);
@@ -448,7 +451,8 @@ void PlayerModel::publishLoadedPlaylist(const QUuid &requestID, const PlaylistRe
         return;
     if (result.succeeded()) {
         assign(m_playlist, result.entries, &PlayerModel::playlistChanged);
-        assign(m_title, trimmedName(displayName).value_or(PlayerTexts::networkPlaylistTitle.toString()),
+        assign(m_title,
+               trimmedName(displayName).value_or(PlayerTexts::networkPlaylistTitle.toString()),
                &PlayerModel::titleChanged);
     } else {
         assign(m_errorMessage,
@@ -467,8 +471,8 @@ PlayerModel::PlaylistImport PlayerModel::importLocalM3U(const std::optional<QStr
     return importLocalM3UFile(*path, displayName);
 }
 
-PlayerModel::PlaylistImport PlayerModel::importLocalM3UFile(
-    const QString &path, const std::optional<QString> &displayName)
+PlayerModel::PlaylistImport
+PlayerModel::importLocalM3UFile(const QString &path, const std::optional<QString> &displayName)
 {
     // Any network load still under way is superseded now, and its spinner goes at once.
     m_remoteRequestID = QUuid::createUuid();

@@ -69,9 +69,10 @@ void PlaylistDownload::onFinished()
         return;
     const QVariant status = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
     if (status.isValid() && (status.toInt() < 200 || status.toInt() > 299)) {
-        finish({}, statusDescription(
-                       status.toInt(),
-                       m_reply->attribute(QNetworkRequest::HttpReasonPhraseAttribute).toByteArray()));
+        finish({},
+               statusDescription(
+                   status.toInt(),
+                   m_reply->attribute(QNetworkRequest::HttpReasonPhraseAttribute).toByteArray()));
         return;
     }
     if (m_reply->error() == QNetworkReply::OperationCanceledError ||

@@ -26,9 +26,9 @@ QString WebPlayerScript::number(double value)
     const double magnitude = std::fabs(value);
     const bool plain = magnitude == 0 || (magnitude >= 1e-4 && magnitude < 1e16);
     char buffer[64];
-    const auto result = std::to_chars(buffer, buffer + sizeof buffer, value,
-                                      plain ? std::chars_format::fixed
-                                            : std::chars_format::scientific);
+    const auto result =
+        std::to_chars(buffer, buffer + sizeof buffer, value,
+                      plain ? std::chars_format::fixed : std::chars_format::scientific);
     QString text = QString::fromLatin1(buffer, result.ptr - buffer);
     if (plain && !text.contains(u'.'))
         text += u".0"_s;
@@ -62,8 +62,8 @@ QString WebPlayerScript::okVideoToggle()
 
 QString WebPlayerScript::okVideoSkip(double seconds)
 {
-    return okVideoElement.toString() + u"v.currentTime=Math.max(0,v.currentTime+("_s + number(seconds) +
-           u"));}"_s;
+    return okVideoElement.toString() + u"v.currentTime=Math.max(0,v.currentTime+("_s +
+           number(seconds) + u"));}"_s;
 }
 
 QString WebPlayerScript::okVideoSetVolume(double level)

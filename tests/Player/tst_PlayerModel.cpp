@@ -147,14 +147,13 @@ void tst_PlayerModel::titleOfAStartedSource_data()
     QTest::addColumn<WebAddress>("url");
     QTest::addColumn<std::optional<QString>>("displayName");
     QTest::addColumn<QString>("title");
-    const WebAddress film = address(QUrl::fromLocalFile(testMedia(u"My Film.mkv"_s)).toString(
-        QUrl::FullyEncoded));
+    const WebAddress film =
+        address(QUrl::fromLocalFile(testMedia(u"My Film.mkv"_s)).toString(QUrl::FullyEncoded));
     QTest::newRow("decoded file name") << film << std::optional<QString>() << u"My Film.mkv"_s;
     QTest::newRow("given name") << film << std::optional<QString>(u"Movie"_s) << u"Movie"_s;
     QTest::newRow("given empty name") << film << std::optional<QString>(u""_s) << u""_s;
-    QTest::newRow("undecodable name")
-        << address(u"http://127.0.0.1:1/%FF.ts"_s) << std::optional<QString>()
-        << u"http://127.0.0.1:1/%FF.ts"_s;
+    QTest::newRow("undecodable name") << address(u"http://127.0.0.1:1/%FF.ts"_s)
+                                      << std::optional<QString>() << u"http://127.0.0.1:1/%FF.ts"_s;
 }
 
 void tst_PlayerModel::titleOfAStartedSource()
@@ -208,7 +207,8 @@ void tst_PlayerModel::volumeStaysOnItsGrid_data()
     QTest::newRow("set above range") << 0.5 << false << 1.7 << 1.0 << false << QString();
     QTest::newRow("set below range") << 0.5 << false << -0.2 << 0.0 << true << QString();
     QTest::newRow("set after mute") << 0.0 << false << 0.3 << 0.3 << false << QString();
-    QTest::newRow("step up to the top") << 0.97 << true << 0.05 << 1.0 << false << u"Volume: 100%"_s;
+    QTest::newRow("step up to the top")
+        << 0.97 << true << 0.05 << 1.0 << false << u"Volume: 100%"_s;
     QTest::newRow("step down to zero")
         << 0.03 << true << -0.05 << 0.0 << true << u"Volume: 0% (Muted)"_s;
     QTest::newRow("steps do not drift") << 0.3 << true << 0.1 << 0.4 << false << u"Volume: 40%"_s;
@@ -339,8 +339,8 @@ void tst_PlayerModel::openRemoteClassifiesTheAddress_data()
     QTest::newRow("youtube, blank movie name")
         << u"https://www.youtube.com/watch?v=abc&type=m3u"_s << std::optional<QString>(u"  "_s)
         << u"youtube"_s << placeholder;
-    QTest::newRow("ok.ru") << u"https://ok.ru/video/12345"_s
-                           << std::optional<QString>(u"Film"_s) << u"okVideo"_s << u"Film"_s;
+    QTest::newRow("ok.ru") << u"https://ok.ru/video/12345"_s << std::optional<QString>(u"Film"_s)
+                           << u"okVideo"_s << u"Film"_s;
     QTest::newRow("other scheme") << u"ftp://127.0.0.1/live.m3u8"_s << none << u"refused"_s
                                   << QString();
     QTest::newRow("no scheme") << u"example.com/live.m3u8"_s << none << u"refused"_s << QString();
@@ -390,11 +390,11 @@ void tst_PlayerModel::webVideosGetScriptCommands_data()
                                             u"velmSetVolume(0.35);"_s, u"velmSetMuted(true);"_s};
     const QString video = u"var v=document.querySelector('video'); if(v){"_s;
     QTest::newRow("ok.ru") << u"https://ok.ru/video/12345"_s
-                           << QStringList{video + u"v.paused?v.play():v.pause();}"_s,
-                                          video +
-                                              u"v.currentTime=Math.max(0,v.currentTime+(-10.0));}"_s,
-                                          video + u"v.muted=false;v.volume=0.35;}"_s,
-                                          video + u"v.muted=true;}"_s};
+                           << QStringList{
+                                  video + u"v.paused?v.play():v.pause();}"_s,
+                                  video + u"v.currentTime=Math.max(0,v.currentTime+(-10.0));}"_s,
+                                  video + u"v.muted=false;v.volume=0.35;}"_s,
+                                  video + u"v.muted=true;}"_s};
 }
 
 void tst_PlayerModel::webVideosGetScriptCommands()
@@ -453,8 +453,8 @@ void tst_PlayerModel::bufferingShowsOnlyForLongLiveStalls()
                 text += "#EXTINF:1.0,\nseg" + QByteArray::number(i) + ".ts\n";
             return TestHttpReply{200, text, "application/vnd.apple.mpegurl"};
         }
-        TestHttpReply reply = TestHttpReply::file(testMedia(u"live"_s + QString::fromLatin1(path.mid(5))),
-                                                  "video/mp2t");
+        TestHttpReply reply = TestHttpReply::file(
+            testMedia(u"live"_s + QString::fromLatin1(path.mid(5))), "video/mp2t");
         if (path == "/live/seg" + QByteArray::number(heldSegment) + ".ts")
             reply.delay = std::chrono::milliseconds(stallMs);
         return reply;
@@ -464,9 +464,8 @@ void tst_PlayerModel::bufferingShowsOnlyForLongLiveStalls()
     QSignalSpy buffering(&model, &PlayerModel::isBufferingChanged);
     model.play(address(server.url(u"/live/index.m3u8"_s)), std::nullopt, live);
     QTRY_VERIFY(model.currentTime() > 0);
-    QTRY_VERIFY_WITH_TIMEOUT(server.requestCount("/live/seg" + QByteArray::number(heldSegment + 1) +
-                                                 ".ts") > 0,
-                             15000);
+    QTRY_VERIFY_WITH_TIMEOUT(
+        server.requestCount("/live/seg" + QByteArray::number(heldSegment + 1) + ".ts") > 0, 15000);
     QTest::qWait(1500);
     QCOMPARE(buffering.count() > 0, indicator);
     // Shown while stalled, gone once playback resumes.

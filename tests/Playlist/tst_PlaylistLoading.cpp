@@ -69,7 +69,8 @@ void tst_PlaylistLoading::loadPublishesChannelsAndTitle_data()
                            << QStringList{u"One"_s, u"Two"_s} << u"Sports"_s;
     QTest::newRow("blank name") << twoChannels << std::optional<QString>(u"   "_s)
                                 << QStringList{u"One"_s, u"Two"_s} << u"IPTV Playlist"_s;
-    QTest::newRow("latin-1") << QByteArray("#EXTM3U\n#EXTINF:-1,T\xe9l\xe9 Fran\xe7" "aise\nhttp://a/1\n")
+    QTest::newRow("latin-1") << QByteArray("#EXTM3U\n#EXTINF:-1,T\xe9l\xe9 Fran\xe7"
+                                           "aise\nhttp://a/1\n")
                              << std::optional<QString>() << QStringList{u"Télé Française"_s}
                              << u"IPTV Playlist"_s;
 }
@@ -183,9 +184,8 @@ void tst_PlaylistLoading::aHugeBodyNeitherBlocksNorGrows()
     QElapsedTimer sinceTick;
     qint64 longestGap = 0;
     QTimer ticker;
-    QObject::connect(&ticker, &QTimer::timeout, [&] {
-        longestGap = std::max(longestGap, sinceTick.restart());
-    });
+    QObject::connect(&ticker, &QTimer::timeout,
+                     [&] { longestGap = std::max(longestGap, sinceTick.restart()); });
     sinceTick.start();
     ticker.start(10);
     waitForLoad(model.openRemote(server.url(u"/huge.m3u"_s), std::nullopt));
@@ -246,8 +246,7 @@ void tst_PlaylistLoading::failedImportsEmptyTheList_data()
     QTest::newRow("missing file") << u"missing.m3u"_s << QByteArray() << qint64(-1)
                                   << u"No such file or directory"_s;
     QTest::newRow("a folder") << QString() << QByteArray() << qint64(0) << QString();
-    QTest::newRow("too large") << u"huge.m3u"_s << twoChannels
-                               << PlaylistReader::maximumBytes + 1
+    QTest::newRow("too large") << u"huge.m3u"_s << twoChannels << PlaylistReader::maximumBytes + 1
                                << PlaylistReader::tooLargeDescription();
 }
 

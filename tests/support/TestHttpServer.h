@@ -129,8 +129,9 @@ private:
         const qint64 length = reply.endlessLength > 0 ? reply.endlessLength : body.size();
         socket->write("HTTP/1.1 " + QByteArray::number(status) + ' ' + reason(status) + "\r\n" +
                       "Content-Type: " + reply.contentType + "\r\n" +
-                      (reply.announceLength ? "Content-Length: " + QByteArray::number(length) + "\r\n"
-                                            : QByteArray()) +
+                      (reply.announceLength
+                           ? "Content-Length: " + QByteArray::number(length) + "\r\n"
+                           : QByteArray()) +
                       "Accept-Ranges: bytes\r\n" + extra + "Connection: close\r\n\r\n");
         if (reply.endlessLength > 0)
             streamZeros(socket, reply.endlessLength);
