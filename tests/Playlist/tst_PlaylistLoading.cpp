@@ -19,7 +19,7 @@ const QByteArray twoChannels = "#EXTM3U\n#EXTINF:-1,One\nhttp://a.example/1.m3u8
 
 TestHttpReply playlist(const QByteArray &body, std::chrono::milliseconds delay = 0ms)
 {
-    TestHttpReply reply{200, body, "audio/x-mpegurl"};
+    TestHttpReply reply = TestHttpReply::of(200, "OK", body, "audio/x-mpegurl");
     reply.delay = delay;
     return reply;
 }
@@ -114,6 +114,7 @@ void tst_PlaylistLoading::onlyTheNewestLoadCounts()
     TestHttpServer server;
     TestHttpReply first = playlist("#EXTM3U\n#EXTINF:-1,Old\nhttp://a/old\n", 600ms);
     first.status = firstStatus;
+    first.reason = "Whatever";
     server.route("/first.m3u", first);
     server.route("/second.m3u", playlist("#EXTM3U\n#EXTINF:-1,New\nhttp://a/new\n"));
     PlayerModel model(MpvEngine::Output::headless);
@@ -136,8 +137,7 @@ void tst_PlaylistLoading::failedLoadsSayWhy_data()
 {
     QTest::addColumn<TestHttpReply>("reply");
     QTest::addColumn<QString>("description");
-    TestHttpReply notFound = playlist("Not here");
-    notFound.status = 404;
+    const TestHttpReply notFound = TestHttpReply::of(404, "Not Found", "Not here");
     QTest::newRow("status 404") << notFound
                                 << u"The server responded with status 404 (Not Found)."_s;
     TestHttpReply silent;

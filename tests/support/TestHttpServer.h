@@ -17,6 +17,7 @@
 struct TestHttpReply
 {
     int status = 200;
+    QByteArray reason = "OK";
     QByteArray body;
     QByteArray contentType = "application/octet-stream";
     std::chrono::milliseconds delay{0}; // before anything is sent
@@ -28,20 +29,28 @@ struct TestHttpReply
     std::chrono::milliseconds pieceInterval{0};
     qsizetype pieceSize = 1024;
 
-    static TestHttpReply file(const QString &path, QByteArray contentType)
+    static TestHttpReply of(int status, QByteArray reason, QByteArray body,
+                            QByteArray contentType = "text/plain")
     {
-        QFile file(path);
         TestHttpReply reply;
-        if (!file.open(QIODevice::ReadOnly))
-            reply.status = 404;
-        reply.body = file.readAll();
+        reply.status = status;
+        reply.reason = std::move(reason);
+        reply.body = std::move(body);
         reply.contentType = std::move(contentType);
         return reply;
     }
+
+    static TestHttpReply file(const QString &path, QByteArray contentType)
+    {
+        QFile file(path);
+        if (!file.open(QIODevice::ReadOnly))
+            return of(404, "Not Found", {});
+        return of(200, "OK", file.readAll(), std::move(contentType));
+    }
 };
 
-// An HTTP/1.1 server on 127.0.0.1 for tests: one reply per connection (Connection: close), byte
-// ranges of plain bodies honoured, every request head recorded. Runs on the test's event loop.
+// An HTTP/1.1 server on 127.0.0.1 for tests: one reply per connection (Connection: close), every
+// request head recorded. Runs on the test's event loop.
 class TestHttpServer : public QObject
 {
 public:
@@ -94,51 +103,31 @@ private:
         else if (m_handler)
             reply = m_handler(path);
         else
-            reply.status = 404;
+            reply = TestHttpReply::of(404, "Not Found", {});
         if (reply.neverAnswer)
             return;
         const QPointer<QTcpSocket> guard(socket);
-        QTimer::singleShot(reply.delay, socket, [this, guard, reply, head] {
+        QTimer::singleShot(reply.delay, socket, [guard, reply] {
             if (guard)
-                send(guard, reply, head);
+                send(guard, reply);
         });
     }
 
-    static qint64 rangeStart(const QByteArray &head)
+    static void send(QTcpSocket *socket, const TestHttpReply &reply)
     {
-        const qsizetype at = head.toLower().indexOf("\r\nrange: bytes=");
-        if (at < 0)
-            return -1;
-        const qsizetype from = at + 15;
-        return head.mid(from, head.indexOf('-', from) - from).toLongLong();
-    }
-
-    void send(QTcpSocket *socket, const TestHttpReply &reply, const QByteArray &head)
-    {
-        QByteArray body = reply.body;
-        int status = reply.status;
-        QByteArray extra;
-        const qint64 start = rangeStart(head);
-        if (status == 200 && reply.endlessLength == 0 && start > 0 && start <= body.size()) {
-            extra = "Content-Range: bytes " + QByteArray::number(start) + '-' +
-                    QByteArray::number(body.size() - 1) + '/' + QByteArray::number(body.size()) +
-                    "\r\n";
-            body = body.mid(start);
-            status = 206;
-        }
-        const qint64 length = reply.endlessLength > 0 ? reply.endlessLength : body.size();
-        socket->write("HTTP/1.1 " + QByteArray::number(status) + ' ' + reason(status) + "\r\n" +
+        const qint64 length = reply.endlessLength > 0 ? reply.endlessLength : reply.body.size();
+        socket->write("HTTP/1.1 " + QByteArray::number(reply.status) + ' ' + reply.reason + "\r\n" +
                       "Content-Type: " + reply.contentType + "\r\n" +
                       (reply.announceLength
                            ? "Content-Length: " + QByteArray::number(length) + "\r\n"
                            : QByteArray()) +
-                      "Accept-Ranges: bytes\r\n" + extra + "Connection: close\r\n\r\n");
+                      "Connection: close\r\n\r\n");
         if (reply.endlessLength > 0)
             streamZeros(socket, reply.endlessLength);
         else if (reply.pieceInterval.count() > 0)
-            sendInPieces(socket, body, reply.pieceInterval, reply.pieceSize);
+            sendInPieces(socket, reply.body, reply.pieceInterval, reply.pieceSize);
         else {
-            socket->write(body);
+            socket->write(reply.body);
             socket->disconnectFromHost();
         }
     }
@@ -174,22 +163,6 @@ private:
             }
         });
         timer->start(interval);
-    }
-
-    static QByteArray reason(int status)
-    {
-        switch (status) {
-        case 200:
-            return "OK";
-        case 206:
-            return "Partial Content";
-        case 404:
-            return "Not Found";
-        case 500:
-            return "Internal Server Error";
-        default:
-            return "Status";
-        }
     }
 
     QTcpServer m_server;
