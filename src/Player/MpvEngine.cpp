@@ -17,11 +17,18 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-// Reply tags of asynchronous commands whose outcome matters. A load's tag carries its generation,
-// so the reply of a load that a newer one replaced is recognised and ignored.
+// Reply tags of asynchronous requests whose outcome matters. Tags of a load and of the property
+// reads after it carry the load's generation, so replies about replaced media are recognised and
+// ignored.
 constexpr quint64 untagged = 0;
 constexpr quint64 seekTag = 1;
-constexpr quint64 loadTagBase = quint64(1) << 32;
+constexpr quint64 loadTagBase = quint64(1) << 48;
+constexpr quint64 fetchTagBase = quint64(2) << 48;
+
+quint64 fetchTag(quint64 generation, quint64 propertyID)
+{
+    return fetchTagBase + (generation << 8) + propertyID;
+}
 
 // The observed properties, by the id mpv reports back.
 enum PropertyID : quint64
@@ -41,18 +48,28 @@ struct ObservedProperty
     PropertyID id;
     const char *name;
     mpv_format format;
+    bool describesMedia; // a value of the loaded media, not of the player
 };
 
 constexpr ObservedProperty observedProperties[] = {
-    {timePosID, "time-pos", MPV_FORMAT_DOUBLE},
-    {durationID, "duration", MPV_FORMAT_DOUBLE},
-    {pauseID, "pause", MPV_FORMAT_FLAG},
-    {coreIdleID, "core-idle", MPV_FORMAT_FLAG},
-    {pausedForCacheID, "paused-for-cache", MPV_FORMAT_FLAG},
-    {eofReachedID, "eof-reached", MPV_FORMAT_FLAG},
-    {displayWidthID, "dwidth", MPV_FORMAT_INT64},
-    {displayHeightID, "dheight", MPV_FORMAT_INT64},
+    {timePosID, "time-pos", MPV_FORMAT_DOUBLE, true},
+    {durationID, "duration", MPV_FORMAT_DOUBLE, true},
+    {pauseID, "pause", MPV_FORMAT_FLAG, false},
+    {coreIdleID, "core-idle", MPV_FORMAT_FLAG, false},
+    {pausedForCacheID, "paused-for-cache", MPV_FORMAT_FLAG, false},
+    {eofReachedID, "eof-reached", MPV_FORMAT_FLAG, true},
+    {displayWidthID, "dwidth", MPV_FORMAT_INT64, true},
+    {displayHeightID, "dheight", MPV_FORMAT_INT64, true},
 };
+
+const ObservedProperty *observedProperty(quint64 id)
+{
+    for (const ObservedProperty &property : observedProperties) {
+        if (property.id == id)
+            return &property;
+    }
+    return nullptr;
+}
 
 constexpr double unknown = std::numeric_limits<double>::quiet_NaN();
 
@@ -146,6 +163,27 @@ void MpvEngine::observeProperties()
         mpv_observe_property(m_handle, property.id, property.name, property.format);
 }
 
+void MpvEngine::fetchMediaProperties()
+{
+    // mpv reports an observed property only when it differs from its last report, and the
+    // reports around a load may still be about the old media. Reading each value of the new
+    // media once, after it loaded, makes the cache right whatever was reported before.
+    for (const ObservedProperty &property : observedProperties) {
+        if (property.describesMedia)
+            mpv_get_property_async(m_handle, fetchTag(m_loadGeneration, property.id), property.name,
+                                   property.format);
+    }
+}
+
+void MpvEngine::forgetMediaProperties()
+{
+    m_position = unknown;
+    m_duration = unknown;
+    m_displayWidth = 0;
+    m_displayHeight = 0;
+    m_endReached = false;
+}
+
 int MpvEngine::createRenderContext(mpv_render_context **context, mpv_render_param *parameters)
 {
     if (!m_handle)
@@ -175,6 +213,7 @@ void MpvEngine::load(const QString &target)
     m_pendingLoad = target;
     m_currentEntryID = -1;
     m_currentLoaded = false;
+    forgetMediaProperties();
     if (m_renderReady)
         startPendingLoad();
     announceChanges(before);
@@ -208,6 +247,7 @@ void MpvEngine::stop()
     ++m_loadGeneration;
     m_currentEntryID = -1;
     m_currentLoaded = false;
+    forgetMediaProperties();
     command({"stop"});
     announceChanges(before);
 }
@@ -321,10 +361,23 @@ void MpvEngine::handleEvent(const mpv_event &event)
 {
     switch (event.event_id) {
     case MPV_EVENT_PROPERTY_CHANGE: {
-        const auto *property = static_cast<const mpv_event_property *>(event.data);
-        storeProperty(event.reply_userdata, property->data, property->format);
+        // Values of the media count only once the current media has loaded; before that they
+        // describe the media it replaced, and the reads sent at the load bring the fresh ones.
+        const ObservedProperty *observed = observedProperty(event.reply_userdata);
+        if (observed && (!observed->describesMedia || isCurrentLoaded())) {
+            const auto *property = static_cast<const mpv_event_property *>(event.data);
+            storeProperty(event.reply_userdata, property->data, property->format);
+        }
         return;
     }
+    case MPV_EVENT_GET_PROPERTY_REPLY:
+        if ((event.reply_userdata >> 8) == (fetchTag(m_loadGeneration, 0) >> 8)) {
+            const auto *property = static_cast<const mpv_event_property *>(event.data);
+            const bool ok = event.error >= 0;
+            storeProperty(event.reply_userdata & 0xff, ok ? property->data : nullptr,
+                          ok ? property->format : MPV_FORMAT_NONE);
+        }
+        return;
     case MPV_EVENT_START_FILE:
         m_currentStarted =
             static_cast<const mpv_event_start_file *>(event.data)->playlist_entry_id ==
@@ -333,7 +386,10 @@ void MpvEngine::handleEvent(const mpv_event &event)
     case MPV_EVENT_FILE_LOADED:
         // Events are ordered: a load replaced before it got here was already told apart by its
         // entry id at its start.
-        m_currentLoaded = m_currentStarted && m_hasMedia;
+        if (m_currentStarted && m_hasMedia && !m_currentLoaded) {
+            m_currentLoaded = true;
+            fetchMediaProperties();
+        }
         return;
     case MPV_EVENT_PLAYBACK_RESTART:
         if (isCurrentLoaded())
@@ -358,9 +414,6 @@ void MpvEngine::handleEvent(const mpv_event &event)
 
 void MpvEngine::storeProperty(quint64 id, const void *data, int format)
 {
-    // The cache mirrors what mpv last reported, whichever media it was about; the accessors
-    // expose it only once the current media has loaded. mpv reports a property only when its
-    // value differs from the last report, so nothing reported may be thrown away.
     // MPV_FORMAT_NONE: the property is unavailable (no file, no video), data is invalid.
     const bool available = format != MPV_FORMAT_NONE && data;
     const auto flag = [&] { return available && *static_cast<const int *>(data) != 0; };

@@ -99,6 +99,8 @@ private:
 
     void setOptions(Output output);
     void observeProperties();
+    void fetchMediaProperties();
+    void forgetMediaProperties();
     void drainEvents();
     void handleEvent(const mpv_event &event);
     void storeProperty(quint64 id, const void *data, int format);
@@ -123,7 +125,7 @@ private:
     bool m_currentStarted = false; // mpv began opening that entry
     bool m_currentLoaded = false;  // and opened it: the cache below describes it
 
-    // mpv's last report of each observed property.
+    // The observed properties: of the player always, of the media since it loaded.
     double m_position = std::numeric_limits<double>::quiet_NaN();
     double m_duration = std::numeric_limits<double>::quiet_NaN();
     qint64 m_displayWidth = 0;
