@@ -9,6 +9,7 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QUrl>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -32,6 +33,14 @@ QStringList names(const QList<PlaylistEntry> &entries)
     return list;
 }
 
+QString writeFile(const QTemporaryDir &folder, const QString &name, const QByteArray &bytes)
+{
+    QFile file(folder.filePath(name));
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        qFatal("cannot write the test file %s", qPrintable(file.fileName()));
+    return file.fileName();
+}
+
 // Waits until the model's newest playlist request has ended.
 void waitForLoad(QFuture<void> future)
 {
@@ -45,59 +54,77 @@ class tst_PlaylistLoading : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void loadPublishesChannelsAndTitle_data();
-    void loadPublishesChannelsAndTitle();
+    void channelsAndTitleArePublished_data();
+    void channelsAndTitleArePublished();
     void onlyTheNewestLoadCounts_data();
     void onlyTheNewestLoadCounts();
     void failedLoadsSayWhy_data();
     void failedLoadsSayWhy();
     void aHugeBodyNeitherBlocksNorGrows();
-    void importPublishesTheFile_data();
-    void importPublishesTheFile();
     void failedImportsEmptyTheList_data();
     void failedImportsEmptyTheList();
     void importSupersedesARunningLoad();
 };
 
-void tst_PlaylistLoading::loadPublishesChannelsAndTitle_data()
+void tst_PlaylistLoading::channelsAndTitleArePublished_data()
 {
+    QTest::addColumn<bool>("fromFile"); // imported from my.list.m3u, else loaded from the server
     QTest::addColumn<QByteArray>("body");
     QTest::addColumn<std::optional<QString>>("name");
     QTest::addColumn<QStringList>("channels");
     QTest::addColumn<QString>("title");
-    QTest::newRow("named") << twoChannels << std::optional<QString>(u" Sports \n"_s)
-                           << QStringList{u"One"_s, u"Two"_s} << u"Sports"_s;
-    QTest::newRow("blank name") << twoChannels << std::optional<QString>(u"   "_s)
-                                << QStringList{u"One"_s, u"Two"_s} << u"IPTV Playlist"_s;
-    QTest::newRow("latin-1") << QByteArray("#EXTM3U\n#EXTINF:-1,T\xe9l\xe9 Fran\xe7"
-                                           "aise\nhttp://a/1\n")
-                             << std::optional<QString>() << QStringList{u"Télé Française"_s}
-                             << u"IPTV Playlist"_s;
+    const QStringList both{u"One"_s, u"Two"_s};
+    const std::optional<QString> blank(u"   "_s);
+    const QByteArray latin1("#EXTINF:-1,T\xe9l\xe9 Fran\xe7"
+                            "aise\r\nhttp://a/1\r\n");
+    QTest::newRow("load, named") << false << twoChannels << std::optional<QString>(u" Sports \n"_s)
+                                 << both << u"Sports"_s;
+    QTest::newRow("load, blank name")
+        << false << twoChannels << blank << both << u"IPTV Playlist"_s;
+    QTest::newRow("load, latin-1") << false << latin1 << std::optional<QString>()
+                                   << QStringList{u"Télé Française"_s} << u"IPTV Playlist"_s;
+    QTest::newRow("import, named")
+        << true << twoChannels << std::optional<QString>(u"Saved"_s) << both << u"Saved"_s;
+    QTest::newRow("import, blank name") << true << twoChannels << blank << both << u"my.list"_s;
+    QTest::newRow("import, latin-1") << true << latin1 << std::optional<QString>()
+                                     << QStringList{u"Télé Française"_s} << u"my.list"_s;
 }
 
-void tst_PlaylistLoading::loadPublishesChannelsAndTitle()
+void tst_PlaylistLoading::channelsAndTitleArePublished()
 {
+    QFETCH(bool, fromFile);
     QFETCH(QByteArray, body);
     QFETCH(std::optional<QString>, name);
     QFETCH(QStringList, channels);
     QFETCH(QString, title);
+    QTemporaryDir folder;
     TestHttpServer server;
-    TestHttpReply reply = playlist(body);
-    reply.pieceInterval = 20ms; // a slow body is no time-out: data keeps coming
-    reply.pieceSize = 16;
-    server.route("/tv/list.m3u", reply);
     PlayerModel model(MpvEngine::Output::headless);
-    model.setPlaylistTimeout(500ms);
-    const QFuture<void> load = model.openRemote(server.url(u"/tv/list.m3u"_s), name);
-    QVERIFY(model.isLoading());
-    waitForLoad(load);
+    QString base;
+    if (fromFile) {
+        const QString path = writeFile(folder, u"my.list.m3u"_s, body);
+        auto import = model.importLocalM3UFile(path, name);
+        QTRY_VERIFY(import.isFinished());
+        QCOMPARE(import.result().value_or(QList<PlaylistEntry>()), model.playlist());
+        base = QUrl::fromLocalFile(folder.path()).toString();
+    } else {
+        TestHttpReply reply = TestHttpReply::of(200, "OK", body, "audio/x-mpegurl");
+        reply.pieceInterval = 20ms; // a slow body is no time-out: data keeps coming
+        reply.pieceSize = 16;
+        server.route("/tv/list.m3u", reply);
+        model.setPlaylistTimeout(500ms);
+        const QFuture<void> load = model.openRemote(server.url(u"/tv/list.m3u"_s), name);
+        QVERIFY(model.isLoading());
+        waitForLoad(load);
+        QVERIFY(server.requestHeads().constFirst().contains("\r\nUser-Agent: VelmPlayerPro/"));
+        base = server.url(u"/tv"_s);
+    }
     QVERIFY(!model.isLoading());
     QVERIFY2(!model.errorMessage(), qPrintable(model.errorMessage().value_or(QString())));
     QCOMPARE(names(model.playlist()), channels);
     QCOMPARE(model.title(), title);
-    if (channels.size() == 2)
-        QCOMPARE(model.playlist().at(1).url.text(), server.url(u"/tv/rel/2.m3u8"_s));
-    QVERIFY(server.requestHeads().constFirst().contains("\r\nUser-Agent: VelmPlayerPro/"));
+    if (channels.size() == 2) // relative lines resolve against the playlist's own address
+        QCOMPARE(model.playlist().at(1).url.text(), base + u"/rel/2.m3u8"_s);
     QVERIFY(!model.isPlaying()); // a playlist only lists channels
 }
 
@@ -194,44 +221,6 @@ void tst_PlaylistLoading::aHugeBodyNeitherBlocksNorGrows()
     QVERIFY2(longestGap < 500, qPrintable(QString::number(longestGap)));
 }
 
-void tst_PlaylistLoading::importPublishesTheFile_data()
-{
-    QTest::addColumn<QByteArray>("body");
-    QTest::addColumn<std::optional<QString>>("name");
-    QTest::addColumn<QStringList>("channels");
-    QTest::addColumn<QString>("title");
-    QTest::newRow("file name as title") << twoChannels << std::optional<QString>(u"  "_s)
-                                        << QStringList{u"One"_s, u"Two"_s} << u"my.list"_s;
-    QTest::newRow("given name") << twoChannels << std::optional<QString>(u"Saved"_s)
-                                << QStringList{u"One"_s, u"Two"_s} << u"Saved"_s;
-    QTest::newRow("latin-1 accents")
-        << QByteArray("#EXTINF:-1,Caf\xe9 TV\r\nhttp://a/1\r\n") << std::optional<QString>()
-        << QStringList{u"Café TV"_s} << u"my.list"_s;
-}
-
-void tst_PlaylistLoading::importPublishesTheFile()
-{
-    QFETCH(QByteArray, body);
-    QFETCH(std::optional<QString>, name);
-    QFETCH(QStringList, channels);
-    QFETCH(QString, title);
-    QTemporaryDir folder;
-    QFile file(folder.filePath(u"my.list.m3u"_s));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(body);
-    file.close();
-    PlayerModel model(MpvEngine::Output::headless);
-    auto import = model.importLocalM3UFile(file.fileName(), name);
-    QTRY_VERIFY(import.isFinished());
-    QVERIFY(import.result());
-    QCOMPARE(names(*import.result()), channels);
-    QCOMPARE(model.playlist(), *import.result());
-    QCOMPARE(model.title(), title);
-    QVERIFY(!model.errorMessage());
-    if (channels.size() == 2) // relative lines resolve against the file's folder
-        QCOMPARE(model.playlist().at(1).url.toLocalFile(), folder.filePath(u"rel/2.m3u8"_s));
-}
-
 void tst_PlaylistLoading::failedImportsEmptyTheList_data()
 {
     QTest::addColumn<QString>("fileName"); // in a temporary folder; "" for the folder itself
@@ -258,13 +247,8 @@ void tst_PlaylistLoading::failedImportsEmptyTheList()
     QFETCH(QString, description);
     QTemporaryDir folder;
     const QString path = fileName.isEmpty() ? folder.path() : folder.filePath(fileName);
-    if (size >= 0 && !fileName.isEmpty()) {
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(body);
-        if (size > body.size())
-            QVERIFY(file.resize(size));
-    }
+    if (size >= 0 && !fileName.isEmpty())
+        QVERIFY(QFile::resize(writeFile(folder, fileName, body), std::max(size, body.size())));
     PlayerModel model(MpvEngine::Output::headless);
     TestHttpServer server;
     server.route("/list.m3u", playlist(twoChannels));
@@ -285,15 +269,12 @@ void tst_PlaylistLoading::importSupersedesARunningLoad()
     TestHttpServer server;
     server.route("/slow.m3u", playlist("#EXTM3U\n#EXTINF:-1,Network\nhttp://a/n\n", 500ms));
     QTemporaryDir folder;
-    QFile file(folder.filePath(u"local.m3u"_s));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write("#EXTINF:-1,Local\nhttp://a/l\n");
-    file.close();
+    const QString path = writeFile(folder, u"local.m3u"_s, "#EXTINF:-1,Local\nhttp://a/l\n");
 
     PlayerModel model(MpvEngine::Output::headless);
     const QFuture<void> load = model.openRemote(server.url(u"/slow.m3u"_s), std::nullopt);
     QVERIFY(model.isLoading());
-    auto import = model.importLocalM3UFile(file.fileName(), std::nullopt);
+    auto import = model.importLocalM3UFile(path, std::nullopt);
     QVERIFY(!model.isLoading()); // the spinner goes at once
     QTRY_VERIFY(import.isFinished());
     waitForLoad(load);
