@@ -60,6 +60,7 @@ private Q_SLOTS:
     void unplayableMediaStopsQuietly_data();
     void unplayableMediaStopsQuietly();
     void audioHasNoPictureShape();
+    void hlsStreamPlaysOverHttp();
     void volumeStaysOnItsGrid_data();
     void volumeStaysOnItsGrid();
     void aNewerToastReplacesAnOlderOne();
@@ -211,6 +212,24 @@ void tst_PlayerModel::audioHasNoPictureShape()
     QTRY_VERIFY(model.currentTime() > 0.3);
     QCOMPARE(model.videoAspectRatio(), 0.0);
     QVERIFY(!model.videoAspectMediaLoadID());
+}
+
+void tst_PlayerModel::hlsStreamPlaysOverHttp()
+{
+    // Any ".m3u8" address counts as live, yet a finished HLS playlist still has its length.
+    TestHttpServer server;
+    server.setHandler([](const QByteArray &path) {
+        return TestHttpReply::file(testMedia(QString::fromLatin1(path.mid(1))),
+                                   "application/octet-stream");
+    });
+    PlayerModel model(MpvEngine::Output::headless);
+    model.openRemote(server.url(u"/vod/index.m3u8"_s), std::nullopt);
+    QVERIFY(model.isLiveStream());
+    QCOMPARE(model.title(), u"index.m3u8"_s);
+    QTRY_VERIFY(std::fabs(model.duration() - 5.0) < 0.1);
+    QTRY_VERIFY(model.currentTime() > 1.0);
+    QVERIFY(model.isPlaying());
+    QCOMPARE(model.videoAspectRatio(), 16.0 / 9.0);
 }
 
 void tst_PlayerModel::volumeStaysOnItsGrid_data()
