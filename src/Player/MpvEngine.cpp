@@ -14,8 +14,6 @@
 #include <utility>
 #include <vector>
 
-using namespace Qt::StringLiterals;
-
 namespace {
 // Reply tags of asynchronous requests whose outcome matters. Tags of a load and of the property
 // reads after it carry the load's generation, so replies about replaced media are recognised and

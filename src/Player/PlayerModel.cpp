@@ -16,10 +16,9 @@
 #include <QtConcurrent/QtConcurrentRun>
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <memory>
-
-using namespace Qt::StringLiterals;
 
 namespace {
 QString placeholderTitle()
