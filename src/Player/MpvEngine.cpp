@@ -252,16 +252,12 @@ void MpvEngine::stop()
 
 MpvEngine::Exposed MpvEngine::exposed() const
 {
-    return {duration(), videoSize(), isPaused(), isEndReached(), hasFailed(), isWaitingToPlay()};
+    return {videoSize(), m_paused, isEndReached(), m_failed, isWaitingToPlay()};
 }
 
 void MpvEngine::announceChanges(const Exposed &before)
 {
     const Exposed after = exposed();
-    const bool sameDuration = before.duration == after.duration ||
-                              (std::isnan(before.duration) && std::isnan(after.duration));
-    if (!sameDuration)
-        Q_EMIT durationChanged();
     if (before.videoSize != after.videoSize)
         Q_EMIT videoSizeChanged();
     if (before.paused != after.paused || before.endReached != after.endReached ||

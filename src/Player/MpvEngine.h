@@ -58,7 +58,6 @@ public:
     double duration() const;
     // The displayed picture size (aspect correction applied); empty without video.
     QSize videoSize() const;
-    bool isPaused() const { return m_paused; }
     bool isEndReached() const;
     bool hasFailed() const { return m_failed; }
     // Asked to play and able to: media loaded, not paused, not failed, not at the end.
@@ -75,7 +74,6 @@ public:
 Q_SIGNALS:
     // Pause, idle, waiting, end of media or failure changed.
     void playbackStateChanged();
-    void durationChanged();
     void videoSizeChanged();
     void seekFinished();
     // The first frame after a load or a seek is decoded and playback runs from it.
@@ -89,7 +87,6 @@ private:
     // What the accessors show, to announce only real changes.
     struct Exposed
     {
-        double duration;
         QSize videoSize;
         bool paused;
         bool endReached;

@@ -8,6 +8,7 @@
 #include "Playlist/PlaylistDownload.h"
 #include "Playlist/PlaylistReader.h"
 #include "Web/OKVideoPlayerRegistry.h"
+#include "Web/WebPlayerRegistry.h"
 #include "Web/WebPlayerScript.h"
 #include "Web/YouTubePlayerRegistry.h"
 
@@ -89,13 +90,13 @@ void PlayerModel::assign(T &field, const T &value, void (PlayerModel::*changed)(
     Q_EMIT(this->*changed)();
 }
 
-PlayerModel::ActiveSource PlayerModel::activeSource() const
+WebPlayerRegistry *PlayerModel::activeWebPlayer() const
 {
     if (m_youtubeContent)
-        return ActiveSource::youtube;
+        return &YouTubePlayerRegistry::shared();
     if (m_okVideoContent)
-        return ActiveSource::okVideo;
-    return ActiveSource::media;
+        return &OKVideoPlayerRegistry::shared();
+    return nullptr;
 }
 
 void PlayerModel::timeTick()
@@ -165,7 +166,6 @@ void PlayerModel::openFile()
 void PlayerModel::stop()
 {
     assign(m_currentURL, std::optional<WebAddress>(), &PlayerModel::currentURLChanged);
-    m_engine.setPaused(true);
     m_engine.stop();
     m_timeTickTimer.stop();
     assign(m_currentTime, 0.0, &PlayerModel::currentTimeChanged);
@@ -183,43 +183,31 @@ void PlayerModel::stop()
 
 void PlayerModel::togglePlayback()
 {
-    switch (activeSource()) {
-    case ActiveSource::youtube:
-        YouTubePlayerRegistry::shared().evaluate(WebPlayerScript::youTubeToggle());
+    if (WebPlayerRegistry *web = activeWebPlayer()) {
+        // The page is not asked: its state is the model's own assumption.
+        web->evaluate(WebPlayerScript::toggle(web->service()));
         assign(m_isPlaying, !m_isPlaying, &PlayerModel::isPlayingChanged);
-        return;
-    case ActiveSource::okVideo:
-        OKVideoPlayerRegistry::shared().evaluate(WebPlayerScript::okVideoToggle());
-        assign(m_isPlaying, !m_isPlaying, &PlayerModel::isPlayingChanged);
-        return;
-    case ActiveSource::media:
-        if (!m_engine.hasMedia()) {
-            replayLastSourceOrShowToast();
-            return;
-        }
-        m_engine.setPaused(m_engine.isPlaying());
-        assign(m_isPlaying, m_engine.isPlaying(), &PlayerModel::isPlayingChanged);
         return;
     }
+    if (!m_engine.hasMedia()) {
+        replayLastSourceOrShowToast();
+        return;
+    }
+    m_engine.setPaused(m_engine.isPlaying());
+    assign(m_isPlaying, m_engine.isPlaying(), &PlayerModel::isPlayingChanged);
 }
 
 void PlayerModel::skip(double seconds)
 {
     if (!std::isfinite(seconds))
         return;
-    switch (activeSource()) {
-    case ActiveSource::youtube:
-        YouTubePlayerRegistry::shared().evaluate(WebPlayerScript::youTubeSkip(seconds));
-        return;
-    case ActiveSource::okVideo:
-        OKVideoPlayerRegistry::shared().evaluate(WebPlayerScript::okVideoSkip(seconds));
-        return;
-    case ActiveSource::media:
-        // Never past the end, never before the start; a live stream (duration 0) goes to 0.
-        if (m_engine.hasMedia())
-            m_engine.seekExact(std::max(std::min(m_currentTime + seconds, m_duration), 0.0));
+    if (WebPlayerRegistry *web = activeWebPlayer()) {
+        web->evaluate(WebPlayerScript::skip(web->service(), seconds));
         return;
     }
+    // Never past the end, never before the start; a live stream (duration 0) goes to 0.
+    if (m_engine.hasMedia())
+        m_engine.seekExact(std::max(std::min(m_currentTime + seconds, m_duration), 0.0));
 }
 
 void PlayerModel::setVolume(double value)
@@ -229,18 +217,12 @@ void PlayerModel::setVolume(double value)
     const double level = std::clamp(value, 0.0, 1.0);
     assign(m_volume, level, &PlayerModel::volumeChanged);
     assign(m_isMuted, level == 0, &PlayerModel::isMutedChanged);
-    switch (activeSource()) {
-    case ActiveSource::youtube:
-        YouTubePlayerRegistry::shared().evaluate(WebPlayerScript::youTubeSetVolume(level));
-        return;
-    case ActiveSource::okVideo:
-        OKVideoPlayerRegistry::shared().evaluate(WebPlayerScript::okVideoSetVolume(level));
-        return;
-    case ActiveSource::media:
-        m_engine.setVolume(level * 100);
-        m_engine.setMuted(m_isMuted);
+    if (WebPlayerRegistry *web = activeWebPlayer()) {
+        web->evaluate(WebPlayerScript::setVolume(web->service(), level));
         return;
     }
+    m_engine.setVolume(level * 100);
+    m_engine.setMuted(m_isMuted);
 }
 
 void PlayerModel::adjustVolume(double delta)
@@ -260,17 +242,10 @@ void PlayerModel::toggleMute()
 {
     const bool muted = !m_isMuted;
     assign(m_isMuted, muted, &PlayerModel::isMutedChanged);
-    switch (activeSource()) {
-    case ActiveSource::youtube:
-        YouTubePlayerRegistry::shared().setMuted(muted);
-        return;
-    case ActiveSource::okVideo:
-        OKVideoPlayerRegistry::shared().setMuted(muted);
-        return;
-    case ActiveSource::media:
+    if (WebPlayerRegistry *web = activeWebPlayer())
+        web->setMuted(muted);
+    else
         m_engine.setMuted(muted);
-        return;
-    }
 }
 
 void PlayerModel::showToast(const QString &message, std::uint64_t durationNanoseconds)
@@ -365,7 +340,6 @@ void PlayerModel::showWebContent(const std::optional<YouTubeContent> &youtube,
 {
     // The engine gives up its media so that only the web player sounds; currentURL stays, and a
     // pending buffering delay is left to find the stream gone.
-    m_engine.setPaused(true);
     m_engine.stop();
     m_timeTickTimer.stop();
     assign(m_youtubeContent, youtube, &PlayerModel::youtubeContentChanged);

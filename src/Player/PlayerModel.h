@@ -21,6 +21,7 @@
 #include <optional>
 
 class MediaFileChooser;
+class WebPlayerRegistry;
 
 // The one object that holds the state of playback and carries out every transport action.
 //
@@ -147,13 +148,8 @@ Q_SIGNALS:
     void currentURLChanged();
 
 private:
-    enum class ActiveSource
-    {
-        youtube,
-        okVideo,
-        media,
-    };
-    ActiveSource activeSource() const;
+    // The registry of the web player that is the active source; nothing when the engine is.
+    WebPlayerRegistry *activeWebPlayer() const;
 
     void timeTick();
     void refreshBufferingState();

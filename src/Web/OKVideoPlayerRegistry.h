@@ -11,9 +11,6 @@ public:
     // Created on first use; lives until the process ends.
     static OKVideoPlayerRegistry &shared();
 
-protected:
-    QString muteCommand(bool muted) const override;
-
 private:
-    OKVideoPlayerRegistry() = default;
+    OKVideoPlayerRegistry() : WebPlayerRegistry(WebPlayerService::okVideo) {}
 };

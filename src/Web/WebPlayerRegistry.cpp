@@ -1,5 +1,6 @@
 #include "Web/WebPlayerRegistry.h"
 
+#include "Web/WebPlayerScript.h"
 #include "Web/WebScriptTarget.h"
 
 #include <QTimer>
@@ -28,5 +29,5 @@ void WebPlayerRegistry::evaluate(const QString &script)
 
 void WebPlayerRegistry::setMuted(bool muted)
 {
-    evaluate(muteCommand(muted));
+    evaluate(WebPlayerScript::setMuted(m_service, muted));
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Web/WebPlayerService.h"
+
 #include <QObject>
 #include <QPointer>
 #include <QString>
@@ -13,6 +15,7 @@ class WebPlayerRegistry : public QObject
     Q_OBJECT
 
 public:
+    WebPlayerService service() const { return m_service; }
     // The view on screen, or nothing. The registry never keeps a view alive.
     QObject *webView() const { return m_webView; }
     // view must implement WebScriptTarget.
@@ -25,9 +28,9 @@ public:
     void setMuted(bool muted);
 
 protected:
-    WebPlayerRegistry() = default;
-    virtual QString muteCommand(bool muted) const = 0;
+    explicit WebPlayerRegistry(WebPlayerService service) : m_service(service) {}
 
 private:
+    const WebPlayerService m_service;
     QPointer<QObject> m_webView;
 };

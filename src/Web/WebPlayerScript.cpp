@@ -35,43 +35,31 @@ QString WebPlayerScript::number(double value)
     return text;
 }
 
-QString WebPlayerScript::youTubeToggle()
+QString WebPlayerScript::toggle(WebPlayerService service)
 {
-    return u"velmToggle();"_s;
-}
-
-QString WebPlayerScript::youTubeSkip(double seconds)
-{
-    return u"velmSkip("_s + number(seconds) + u");"_s;
-}
-
-QString WebPlayerScript::youTubeSetVolume(double level)
-{
-    return u"velmSetVolume("_s + number(level) + u");"_s;
-}
-
-QString WebPlayerScript::youTubeSetMuted(bool muted)
-{
-    return u"velmSetMuted("_s + flag(muted) + u");"_s;
-}
-
-QString WebPlayerScript::okVideoToggle()
-{
+    if (service == WebPlayerService::youtube)
+        return u"velmToggle();"_s;
     return okVideoElement.toString() + u"v.paused?v.play():v.pause();}"_s;
 }
 
-QString WebPlayerScript::okVideoSkip(double seconds)
+QString WebPlayerScript::skip(WebPlayerService service, double seconds)
 {
+    if (service == WebPlayerService::youtube)
+        return u"velmSkip("_s + number(seconds) + u");"_s;
     return okVideoElement.toString() + u"v.currentTime=Math.max(0,v.currentTime+("_s +
            number(seconds) + u"));}"_s;
 }
 
-QString WebPlayerScript::okVideoSetVolume(double level)
+QString WebPlayerScript::setVolume(WebPlayerService service, double level)
 {
+    if (service == WebPlayerService::youtube)
+        return u"velmSetVolume("_s + number(level) + u");"_s;
     return okVideoElement.toString() + u"v.muted=false;v.volume="_s + number(level) + u";}"_s;
 }
 
-QString WebPlayerScript::okVideoSetMuted(bool muted)
+QString WebPlayerScript::setMuted(WebPlayerService service, bool muted)
 {
+    if (service == WebPlayerService::youtube)
+        return u"velmSetMuted("_s + flag(muted) + u");"_s;
     return okVideoElement.toString() + u"v.muted="_s + flag(muted) + u";}"_s;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Web/WebPlayerService.h"
+
 #include <QString>
 
 // The script commands that drive the two embedded web players. Each is a complete statement for
@@ -15,13 +17,10 @@ public:
     // with a point (5.0, -20.0, 0.35); exponent form far from 1, as script engines read it.
     static QString number(double value);
 
-    static QString youTubeToggle();
-    static QString youTubeSkip(double seconds);
-    static QString youTubeSetVolume(double level);
-    static QString youTubeSetMuted(bool muted);
-
-    static QString okVideoToggle();
-    static QString okVideoSkip(double seconds);
-    static QString okVideoSetVolume(double level);
-    static QString okVideoSetMuted(bool muted);
+    static QString toggle(WebPlayerService service);
+    // Moves the position by that many seconds, never below 0.
+    static QString skip(WebPlayerService service, double seconds);
+    // Unmutes and sets the level, 0 … 1.
+    static QString setVolume(WebPlayerService service, double level);
+    static QString setMuted(WebPlayerService service, bool muted);
 };

@@ -11,9 +11,6 @@ public:
     // Created on first use; lives until the process ends.
     static YouTubePlayerRegistry &shared();
 
-protected:
-    QString muteCommand(bool muted) const override;
-
 private:
-    YouTubePlayerRegistry() = default;
+    YouTubePlayerRegistry() : WebPlayerRegistry(WebPlayerService::youtube) {}
 };

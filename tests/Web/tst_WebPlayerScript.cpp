@@ -48,15 +48,16 @@ void tst_WebPlayerScript::numbersReadBackExactly()
 
 void tst_WebPlayerScript::commandsCarryTheirArgument()
 {
-    QCOMPARE(WebPlayerScript::youTubeSkip(-10), u"velmSkip(-10.0);"_s);
-    QCOMPARE(WebPlayerScript::youTubeSetVolume(0.5), u"velmSetVolume(0.5);"_s);
-    QCOMPARE(WebPlayerScript::youTubeSetMuted(false), u"velmSetMuted(false);"_s);
-    QCOMPARE(WebPlayerScript::okVideoSkip(10),
+    QCOMPARE(WebPlayerScript::skip(WebPlayerService::youtube, -10), u"velmSkip(-10.0);"_s);
+    QCOMPARE(WebPlayerScript::setVolume(WebPlayerService::youtube, 0.5), u"velmSetVolume(0.5);"_s);
+    QCOMPARE(WebPlayerScript::setMuted(WebPlayerService::youtube, false),
+             u"velmSetMuted(false);"_s);
+    QCOMPARE(WebPlayerScript::skip(WebPlayerService::okVideo, 10),
              u"var v=document.querySelector('video'); "
              u"if(v){v.currentTime=Math.max(0,v.currentTime+(10.0));}"_s);
-    QCOMPARE(WebPlayerScript::okVideoSetVolume(1),
+    QCOMPARE(WebPlayerScript::setVolume(WebPlayerService::okVideo, 1),
              u"var v=document.querySelector('video'); if(v){v.muted=false;v.volume=1.0;}"_s);
-    QCOMPARE(WebPlayerScript::okVideoSetMuted(true),
+    QCOMPARE(WebPlayerScript::setMuted(WebPlayerService::okVideo, true),
              u"var v=document.querySelector('video'); if(v){v.muted=true;}"_s);
 }
 
@@ -74,7 +75,8 @@ void tst_WebPlayerScript::registryRunsCommandsLaterOnTheViewOnScreen()
     registry.setMuted(true);
     // Never inside the caller: the command runs from the event loop.
     QVERIFY(view->scripts.isEmpty());
-    QTRY_COMPARE(view->scripts, QStringList{WebPlayerScript::okVideoSetMuted(true)});
+    QTRY_COMPARE(view->scripts,
+                 QStringList{WebPlayerScript::setMuted(WebPlayerService::okVideo, true)});
 
     // A view that went away is not kept alive and leaves the command dropped.
     registry.evaluate(u"late();"_s);
