@@ -10,3 +10,12 @@ AppWindow::AppWindow(QWidget *parent) : QMainWindow(parent)
     setCentralWidget(content);
     resize(defaultSize);
 }
+
+void AppWindow::showEvent(QShowEvent *event)
+{
+    QMainWindow::showEvent(event);
+    if (!m_hasAppeared) {
+        m_hasAppeared = true;
+        Q_EMIT appeared();
+    }
+}

@@ -13,4 +13,14 @@ public:
     static constexpr QSize minimumContentSize{520, 360};
 
     explicit AppWindow(QWidget *parent = nullptr);
+
+Q_SIGNALS:
+    // The window was shown for the first time.
+    void appeared();
+
+protected:
+    void showEvent(QShowEvent *event) override;
+
+private:
+    bool m_hasAppeared = false;
 };

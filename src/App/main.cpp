@@ -1,11 +1,8 @@
 #include "App/AppCommandLine.h"
 #include "App/AppIdentity.h"
+#include "App/AppSession.h"
 #include "App/AppStartup.h"
-#include "App/AppWindow.h"
-#include "Player/PlayerModel.h"
-#include "UI/DialogMediaFileChooser.h"
-
-#include <QApplication>
+#include "App/VelmApplication.h"
 
 #include <cstdio>
 
@@ -32,17 +29,24 @@ int main(int argc, char **argv)
     }
 
     AppStartup::enterGuardedStart();
-    QApplication application(argc, argv);
+    VelmApplication application(argc, argv);
     AppStartup::leaveGuardedStart();
     AppStartup::fixNumericLocale();
     QCoreApplication::setOrganizationName(AppIdentity::organizationName.toString());
     QCoreApplication::setApplicationName(AppIdentity::applicationName.toString());
     QCoreApplication::setApplicationVersion(AppIdentity::version.toString());
 
-    PlayerModel player;
-    AppWindow window;
-    DialogMediaFileChooser fileChooser(&window);
-    player.setFileChooser(&fileChooser);
-    window.show();
+    AppSession session;
+    if (!commandLine.controlSocketPath.isEmpty()) {
+        if (const std::optional<QString> failure =
+                session.startControlServer(commandLine.controlSocketPath)) {
+            std::fprintf(stderr, "velmplayerpro: cannot listen on %s: %s\n",
+                         qPrintable(commandLine.controlSocketPath), qPrintable(*failure));
+            return 1;
+        }
+    }
+    QObject::connect(&application, &VelmApplication::openRequested, &session, &AppSession::openURL);
+    session.show();
+    session.open(commandLine.sources);
     return application.exec();
 }

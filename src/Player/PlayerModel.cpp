@@ -1,6 +1,8 @@
 #include "Player/PlayerModel.h"
 
 #include "App/AppIdentity.h"
+#include "App/PlayerKeyboardMonitor.h"
+#include "App/PlayerMouseMonitor.h"
 #include "Player/MediaFileChooser.h"
 #include "Player/PlayerTexts.h"
 #include "Player/PlayerTiming.h"
@@ -79,6 +81,14 @@ PlayerModel::PlayerModel(MpvEngine::Output output, QObject *parent)
 PlayerModel::~PlayerModel()
 {
     m_engine.disconnect(this);
+}
+
+void PlayerModel::installKeyboardShortcuts()
+{
+    if (m_keyboardMonitor)
+        return;
+    m_keyboardMonitor = std::make_unique<PlayerKeyboardMonitor>(*this);
+    m_mouseMonitor = std::make_unique<PlayerMouseMonitor>();
 }
 
 template <typename T>

@@ -18,9 +18,12 @@
 
 #include <chrono>
 #include <cstdint>
+#include <memory>
 #include <optional>
 
 class MediaFileChooser;
+class PlayerKeyboardMonitor;
+class PlayerMouseMonitor;
 class WebPlayerRegistry;
 
 // The one object that holds the state of playback and carries out every transport action.
@@ -109,6 +112,9 @@ public:
     void toggleMute();
     void showToast(const QString &message, std::uint64_t durationNanoseconds);
     void updateStreamTitle(const QString &name);
+    // Starts the keyboard and mouse monitors of the application (needs a QGuiApplication); they
+    // stay until the model goes. A second call does nothing.
+    void installKeyboardShortcuts();
 
     // Plays, shows or loads what the typed text names: a YouTube or OK.ru video, an IPTV
     // playlist, or a stream. The future finishes when the source is started or the playlist load
@@ -172,6 +178,8 @@ private:
     QTimer m_bufferingIndicatorTimer;
     QTimer m_toastTimer;
     MediaFileChooser *m_fileChooser = nullptr;
+    std::unique_ptr<PlayerKeyboardMonitor> m_keyboardMonitor;
+    std::unique_ptr<PlayerMouseMonitor> m_mouseMonitor;
     std::chrono::milliseconds m_playlistTimeout;
 
     QString m_title;

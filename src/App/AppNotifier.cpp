@@ -1,0 +1,7 @@
+#include "App/AppNotifier.h"
+
+AppNotifier &AppNotifier::shared()
+{
+    static auto *notifier = new AppNotifier;
+    return *notifier;
+}

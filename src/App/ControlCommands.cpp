@@ -1,0 +1,349 @@
+#include "App/ControlCommands.h"
+
+#include "App/ControlValues.h"
+#include "Player/PlayerModel.h"
+#include "Playlist/LocalM3UActions.h"
+#include "Playlist/PlaylistJson.h"
+#include "Playlist/PlaylistTexts.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QKeyEvent>
+#include <QKeySequence>
+#include <QMetaProperty>
+#include <QTimer>
+#include <QWidget>
+#include <QWindow>
+
+#include <cmath>
+#include <map>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString invalidParameter = u"invalid parameter"_s;
+
+// The window's own state that the socket publishes, as QWidget properties.
+const QStringList windowProperties = {u"windowTitle"_s, u"isFullScreen"_s, u"width"_s, u"height"_s,
+                                      u"isActiveWindow"_s};
+
+bool isNumber(const QJsonValue &value)
+{
+    return value.isDouble() && std::isfinite(value.toDouble());
+}
+
+bool isIndex(const QJsonValue &value)
+{
+    return isNumber(value) && value.toDouble() >= 0 &&
+           value.toDouble() == std::floor(value.toDouble());
+}
+
+// An optional string argument: missing or null is none.
+bool optionalText(const QJsonArray &arguments, qsizetype at, std::optional<QString> &text)
+{
+    if (arguments.size() <= at || arguments.at(at).isNull())
+        return true;
+    if (!arguments.at(at).isString())
+        return false;
+    text = arguments.at(at).toString();
+    return true;
+}
+
+std::optional<QJsonValue> windowProperty(const QWidget &window, const QString &name)
+{
+    if (!windowProperties.contains(name))
+        return std::nullopt;
+    if (name == u"isFullScreen")
+        return window.isFullScreen();
+    return ControlValues::toJson(window.property(name.toLatin1().constData()));
+}
+
+struct KeyPress
+{
+    int key = 0;
+    Qt::KeyboardModifiers modifiers;
+    bool isAutoRepeat = false;
+};
+
+// "Right", ["Command", "Shift"], "autorepeat" → the key event a keyboard would give.
+std::optional<KeyPress> keyPress(const QJsonArray &arguments)
+{
+    if (arguments.isEmpty() || !arguments.at(0).isString())
+        return std::nullopt;
+    const QKeySequence sequence = QKeySequence::fromString(arguments.at(0).toString());
+    if (sequence.count() != 1 || sequence[0].keyboardModifiers() != Qt::NoModifier)
+        return std::nullopt;
+    KeyPress press{sequence[0].key(), Qt::NoModifier, false};
+    static const std::map<QString, Qt::KeyboardModifier> modifiers = {
+        {u"Command"_s, Qt::ControlModifier},
+        {u"Control"_s, Qt::MetaModifier},
+        {u"Option"_s, Qt::AltModifier},
+        {u"Shift"_s, Qt::ShiftModifier}};
+    for (qsizetype i = 1; i < arguments.size(); ++i) {
+        const QString name = arguments.at(i).toString();
+        if (name == u"autorepeat")
+            press.isAutoRepeat = true;
+        else if (const auto modifier = modifiers.find(name); modifier != modifiers.end())
+            press.modifiers |= modifier->second;
+        else
+            return std::nullopt;
+    }
+    return press;
+}
+
+// What the key types into a text field, as a keyboard would send it.
+QString typedText(const KeyPress &press)
+{
+    if (press.modifiers & (Qt::ControlModifier | Qt::MetaModifier | Qt::AltModifier))
+        return {};
+    if (press.key == Qt::Key_Space)
+        return u" "_s;
+    if (press.key >= Qt::Key_A && press.key <= Qt::Key_Z) {
+        const QChar letter(u'a' + (press.key - Qt::Key_A));
+        return press.modifiers & Qt::ShiftModifier ? QString(letter.toUpper()) : QString(letter);
+    }
+    if (press.key >= Qt::Key_0 && press.key <= Qt::Key_9)
+        return QString(QChar(u'0' + (press.key - Qt::Key_0)));
+    return {};
+}
+
+} // namespace
+
+ControlCommands::ControlCommands(PlayerModel &model, LocalM3UActions &localM3U, QWidget &window,
+                                 QObject *parent)
+    : QObject(parent), m_model(model), m_localM3U(localM3U), m_window(window)
+{}
+
+void ControlCommands::run(const QJsonArray &command, const Reply &reply)
+{
+    static const std::map<QString, Handler> handlers = {
+        {u"get_property"_s, &ControlCommands::getProperty},
+        {u"playlist_entry"_s, &ControlCommands::playlistEntry},
+        {u"play"_s, &ControlCommands::play},
+        {u"openRemote"_s, &ControlCommands::openRemote},
+        {u"stop"_s, &ControlCommands::stop},
+        {u"togglePlayback"_s, &ControlCommands::togglePlayback},
+        {u"skip"_s, &ControlCommands::skip},
+        {u"setVolume"_s, &ControlCommands::setVolume},
+        {u"adjustVolume"_s, &ControlCommands::adjustVolume},
+        {u"toggleMute"_s, &ControlCommands::toggleMute},
+        {u"local_entries"_s, &ControlCommands::localEntries},
+        {u"save_to_local_m3u"_s, &ControlCommands::saveToLocalM3U},
+        {u"import_local_m3u"_s, &ControlCommands::importLocalM3U},
+        {u"export_local_m3u"_s, &ControlCommands::exportLocalM3U},
+        {u"key"_s, &ControlCommands::key},
+        {u"quit"_s, &ControlCommands::quit},
+    };
+    if (command.isEmpty() || !command.at(0).isString()) {
+        reply(u"the command must be an array starting with a name"_s, {});
+        return;
+    }
+    const auto handler = handlers.find(command.at(0).toString());
+    if (handler == handlers.end()) {
+        reply(u"unknown command: "_s + command.at(0).toString(), {});
+        return;
+    }
+    QJsonArray arguments = command;
+    arguments.removeFirst();
+    (this->*handler->second)(arguments, reply);
+}
+
+void ControlCommands::getProperty(const QJsonArray &arguments, const Reply &reply)
+{
+    if (arguments.size() != 1 || !arguments.at(0).isString()) {
+        reply(invalidParameter, {});
+        return;
+    }
+    const QString name = arguments.at(0).toString();
+    const QMetaObject &meta = PlayerModel::staticMetaObject;
+    // Only the model's own properties, not those every QObject has.
+    const int index = meta.indexOfProperty(name.toLatin1().constData());
+    if (index >= meta.propertyOffset()) {
+        if (std::optional<QJsonValue> value =
+                ControlValues::toJson(meta.property(index).read(&m_model))) {
+            reply({}, *value);
+            return;
+        }
+    }
+    if (std::optional<QJsonValue> value = windowProperty(m_window, name)) {
+        reply({}, *value);
+        return;
+    }
+    reply(u"property not found"_s, {});
+}
+
+void ControlCommands::playlistEntry(const QJsonArray &arguments, const Reply &reply)
+{
+    if (arguments.size() != 1 || !isIndex(arguments.at(0))) {
+        reply(invalidParameter, {});
+        return;
+    }
+    const auto index = qsizetype(arguments.at(0).toDouble());
+    if (index >= m_model.playlist().size()) {
+        reply(u"index out of range"_s, {});
+        return;
+    }
+    reply({}, QJsonDocument::fromJson(PlaylistJson::encode(m_model.playlist().at(index))).object());
+}
+
+void ControlCommands::play(const QJsonArray &arguments, const Reply &reply)
+{
+    std::optional<QString> displayName;
+    if (arguments.isEmpty() || arguments.size() > 3 || !arguments.at(0).isString() ||
+        !optionalText(arguments, 1, displayName) ||
+        (arguments.size() == 3 && !arguments.at(2).isBool())) {
+        reply(invalidParameter, {});
+        return;
+    }
+    const QString text = arguments.at(0).toString();
+    const std::optional<WebAddress> url = QDir::isAbsolutePath(text)
+                                              ? WebAddress::fromLocalFile(QDir::cleanPath(text))
+                                              : WebAddress::fromText(text);
+    if (!url || !url->hasScheme()) {
+        reply(u"not an absolute path or address: "_s + text, {});
+        return;
+    }
+    m_model.play(*url, displayName, arguments.size() == 3 && arguments.at(2).toBool());
+    reply({}, {});
+}
+
+void ControlCommands::openRemote(const QJsonArray &arguments, const Reply &reply)
+{
+    std::optional<QString> displayName;
+    if (arguments.isEmpty() || arguments.size() > 2 || !arguments.at(0).isString() ||
+        !optionalText(arguments, 1, displayName)) {
+        reply(invalidParameter, {});
+        return;
+    }
+    m_model.openRemote(arguments.at(0).toString(), displayName).then(this, [reply] {
+        reply({}, {});
+    });
+}
+
+void ControlCommands::stop(const QJsonArray &arguments, const Reply &reply)
+{
+    if (!arguments.isEmpty())
+        return reply(invalidParameter, {});
+    m_model.stop();
+    reply({}, {});
+}
+
+void ControlCommands::togglePlayback(const QJsonArray &arguments, const Reply &reply)
+{
+    if (!arguments.isEmpty())
+        return reply(invalidParameter, {});
+    m_model.togglePlayback();
+    reply({}, {});
+}
+
+void ControlCommands::skip(const QJsonArray &arguments, const Reply &reply)
+{
+    if (arguments.size() != 1 || !isNumber(arguments.at(0)))
+        return reply(invalidParameter, {});
+    m_model.skip(arguments.at(0).toDouble());
+    reply({}, {});
+}
+
+void ControlCommands::setVolume(const QJsonArray &arguments, const Reply &reply)
+{
+    if (arguments.size() != 1 || !isNumber(arguments.at(0)))
+        return reply(invalidParameter, {});
+    m_model.setVolume(arguments.at(0).toDouble());
+    reply({}, {});
+}
+
+void ControlCommands::adjustVolume(const QJsonArray &arguments, const Reply &reply)
+{
+    if (arguments.size() != 1 || !isNumber(arguments.at(0)))
+        return reply(invalidParameter, {});
+    m_model.adjustVolume(arguments.at(0).toDouble());
+    reply({}, {});
+}
+
+void ControlCommands::toggleMute(const QJsonArray &arguments, const Reply &reply)
+{
+    if (!arguments.isEmpty())
+        return reply(invalidParameter, {});
+    m_model.toggleMute();
+    reply({}, {});
+}
+
+void ControlCommands::localEntries(const QJsonArray &arguments, const Reply &reply)
+{
+    if (!arguments.isEmpty())
+        return reply(invalidParameter, {});
+    reply({}, QJsonDocument::fromJson(PlaylistJson::encode(m_localM3U.store().entries())).array());
+}
+
+void ControlCommands::saveToLocalM3U(const QJsonArray &arguments, const Reply &reply)
+{
+    if (arguments.size() != 1 || !isIndex(arguments.at(0)))
+        return reply(invalidParameter, {});
+    const auto index = qsizetype(arguments.at(0).toDouble());
+    if (index >= m_model.playlist().size())
+        return reply(u"index out of range"_s, {});
+    m_localM3U.saveToLocalM3U(m_model.playlist().at(index));
+    reply({}, {});
+}
+
+void ControlCommands::importLocalM3U(const QJsonArray &arguments, const Reply &reply)
+{
+    std::optional<QString> displayName;
+    if (arguments.isEmpty() || arguments.size() > 2 || !arguments.at(0).isString() ||
+        !optionalText(arguments, 1, displayName)) {
+        reply(invalidParameter, {});
+        return;
+    }
+    m_localM3U.importLocalPlaylistFile(arguments.at(0).toString(), displayName)
+        .then(this, [this, reply](bool imported) {
+            if (imported)
+                reply({}, double(m_localM3U.store().entries().size()));
+            else
+                reply(m_model.errorMessage().value_or(u"the import was superseded"_s), {});
+        });
+}
+
+void ControlCommands::exportLocalM3U(const QJsonArray &arguments, const Reply &reply)
+{
+    if (arguments.size() != 1 || !arguments.at(0).isString())
+        return reply(invalidParameter, {});
+    if (m_localM3U.store().entries().isEmpty())
+        return reply({}, {}); // nothing saved, nothing written
+    if (const std::optional<QString> failure =
+            m_localM3U.exportLocalPlaylist(arguments.at(0).toString()))
+        return reply(PlaylistTexts::exportFailed.toString() + u": "_s + *failure, {});
+    reply({}, QFileInfo(arguments.at(0).toString()).fileName());
+}
+
+void ControlCommands::key(const QJsonArray &arguments, const Reply &reply)
+{
+    const std::optional<KeyPress> press = keyPress(arguments);
+    if (!press)
+        return reply(invalidParameter, {});
+    // Sent where a keyboard's key would go: the window with the keyboard focus.
+    QWindow *window = QGuiApplication::focusWindow();
+    if (!window)
+        window = m_window.windowHandle();
+    if (!window)
+        return reply(u"no window to send the key to"_s, {});
+    const QString text = typedText(*press);
+    QKeyEvent down(QEvent::KeyPress, press->key, press->modifiers, text, press->isAutoRepeat);
+    QCoreApplication::sendEvent(window, &down);
+    QKeyEvent up(QEvent::KeyRelease, press->key, press->modifiers, text, press->isAutoRepeat);
+    QCoreApplication::sendEvent(window, &up);
+    reply({}, {});
+}
+
+void ControlCommands::quit(const QJsonArray &arguments, const Reply &reply)
+{
+    if (!arguments.isEmpty())
+        return reply(invalidParameter, {});
+    reply({}, {});
+    // From the event loop, once the reply is on its way.
+    QTimer::singleShot(0, qApp, [] { QCoreApplication::quit(); });
+}

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QJsonArray>
+#include <QJsonValue>
+#include <QObject>
+#include <QString>
+
+#include <functional>
+
+class LocalM3UActions;
+class PlayerModel;
+class QWidget;
+
+// The commands of the control socket, each a name and its arguments as in
+// {"command": ["skip", 5]}. Every command answers exactly once through its reply: an empty error
+// for success, with data, or a message. Commands that start something longer (opening a remote
+// address, importing a playlist) answer when it has ended.
+class ControlCommands : public QObject
+{
+    Q_OBJECT
+
+public:
+    using Reply = std::function<void(const QString &error, const QJsonValue &data)>;
+
+    ControlCommands(PlayerModel &model, LocalM3UActions &localM3U, QWidget &window,
+                    QObject *parent = nullptr);
+
+    void run(const QJsonArray &command, const Reply &reply);
+
+private:
+    using Handler = void (ControlCommands::*)(const QJsonArray &arguments, const Reply &reply);
+
+    void getProperty(const QJsonArray &arguments, const Reply &reply);
+    void playlistEntry(const QJsonArray &arguments, const Reply &reply);
+    void play(const QJsonArray &arguments, const Reply &reply);
+    void openRemote(const QJsonArray &arguments, const Reply &reply);
+    void stop(const QJsonArray &arguments, const Reply &reply);
+    void togglePlayback(const QJsonArray &arguments, const Reply &reply);
+    void skip(const QJsonArray &arguments, const Reply &reply);
+    void setVolume(const QJsonArray &arguments, const Reply &reply);
+    void adjustVolume(const QJsonArray &arguments, const Reply &reply);
+    void toggleMute(const QJsonArray &arguments, const Reply &reply);
+    void localEntries(const QJsonArray &arguments, const Reply &reply);
+    void saveToLocalM3U(const QJsonArray &arguments, const Reply &reply);
+    void importLocalM3U(const QJsonArray &arguments, const Reply &reply);
+    void exportLocalM3U(const QJsonArray &arguments, const Reply &reply);
+    void key(const QJsonArray &arguments, const Reply &reply);
+    void quit(const QJsonArray &arguments, const Reply &reply);
+
+    PlayerModel &m_model;
+    LocalM3UActions &m_localM3U;
+    QWidget &m_window;
+};

@@ -1,0 +1,111 @@
+#include "Playlist/LocalM3UStore.h"
+
+#include "Playlist/PlaylistJson.h"
+#include "Playlist/PlaylistTexts.h"
+
+#include <QSettings>
+
+LocalM3UStore &LocalM3UStore::shared()
+{
+    // Lives until the process ends, like the list it mirrors.
+    static auto *store = new LocalM3UStore;
+    return *store;
+}
+
+LocalM3UStore::LocalM3UStore(QObject *parent) : QObject(parent)
+{
+    load();
+}
+
+void LocalM3UStore::load()
+{
+    const QVariant stored = QSettings().value(PlaylistTexts::savedEntriesKey.toString());
+    if (!stored.isValid())
+        return;
+    if (std::optional<QList<PlaylistEntry>> entries =
+            PlaylistJson::decodeList(stored.toByteArray()))
+        m_entries = std::move(*entries);
+}
+
+void LocalM3UStore::setEntries(const QList<PlaylistEntry> &entries)
+{
+    m_entries = entries;
+    Q_EMIT entriesChanged();
+}
+
+bool LocalM3UStore::contains(const WebAddress &url) const
+{
+    return std::any_of(m_entries.cbegin(), m_entries.cend(),
+                       [&](const PlaylistEntry &entry) { return entry.url == url; });
+}
+
+bool LocalM3UStore::persist()
+{
+    QSettings settings;
+    settings.setValue(PlaylistTexts::savedEntriesKey.toString(), PlaylistJson::encode(m_entries));
+    // Written now rather than at some later point, so that a crash cannot take a change with it;
+    // the settings file is replaced whole, never left half-written.
+    settings.sync();
+    return settings.status() == QSettings::NoError;
+}
+
+QString LocalM3UStore::savedName(const LocalLinkFields &fields)
+{
+    const QString trimmed = fields.name.trimmed();
+    if (!trimmed.isEmpty())
+        return trimmed;
+    QString fileName = fields.url.lastPathComponent().value_or(QString());
+    if (const QString extension = fields.url.pathExtension(); !extension.isEmpty())
+        fileName.chop(extension.size() + 1);
+    return fileName;
+}
+
+PlaylistEntry LocalM3UStore::saveOrMoveToFront(const LocalLinkFields &fields)
+{
+    const PlaylistEntry entry{QUuid::createUuid(), savedName(fields), fields.url,
+                              fields.logoURL,      fields.category,   fields.countryCode};
+    QList<PlaylistEntry> entries = m_entries;
+    const auto same = std::find_if(entries.begin(), entries.end(), [&](const PlaylistEntry &saved) {
+        return saved.url == entry.url;
+    });
+    if (same != entries.end())
+        entries.erase(same);
+    entries.prepend(entry);
+    setEntries(entries);
+    persist();
+    return entry;
+}
+
+bool LocalM3UStore::updateInPlace(const QUuid &id, const LocalLinkFields &fields)
+{
+    QList<PlaylistEntry> entries = m_entries;
+    const auto edited = std::find_if(entries.begin(), entries.end(),
+                                     [&](const PlaylistEntry &saved) { return saved.id == id; });
+    if (edited == entries.end())
+        return false;
+    *edited = PlaylistEntry{
+        id, fields.name.trimmed(), fields.url, fields.logoURL, fields.category, fields.countryCode};
+    setEntries(entries);
+    persist();
+    return true;
+}
+
+void LocalM3UStore::remove(const QUuid &id)
+{
+    QList<PlaylistEntry> entries = m_entries;
+    entries.removeIf([&](const PlaylistEntry &saved) { return saved.id == id; });
+    setEntries(entries);
+    persist();
+}
+
+void LocalM3UStore::removeAll()
+{
+    setEntries({});
+    persist();
+}
+
+void LocalM3UStore::replaceAll(const QList<PlaylistEntry> &entries)
+{
+    setEntries(entries);
+    persist();
+}

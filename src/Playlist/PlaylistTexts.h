@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QStringView>
+
+// Texts of the saved links, their export and the channel lists.
+namespace PlaylistTexts {
+// The key of the saved links in the settings store.
+inline constexpr QStringView savedEntriesKey = u"VelmPlayerPro.LocalM3U.SavedEntries";
+// Followed by the channel's name as the user sees it in the row.
+inline constexpr QStringView savedToLocalM3U = u"Saved to Local M3U: ";
+
+inline constexpr QStringView exportDialogTitle = u"Export Local M3U Playlist";
+inline constexpr QStringView exportDialogButton = u"Export";
+// "Exported: list.m3u"
+inline constexpr QStringView exported = u"Exported";
+inline constexpr QStringView exportFailed = u"Could Not Export M3U Playlist";
+// "VelmPlayerPro 2026-11-16.m3u"
+inline constexpr QStringView exportFileNamePrefix = u"VelmPlayerPro ";
+inline constexpr QStringView exportFileNameDatePattern = u"yyyy-MM-dd";
+inline constexpr QStringView exportFileExtension = u"m3u";
+
+// The metadata line of a channel row: country name, separator, group.
+inline constexpr QStringView metadataSeparator = u"  \u00B7  ";
+// The country of a network channel without a country code.
+inline constexpr QStringView otherCountry = u"Other";
+} // namespace PlaylistTexts
