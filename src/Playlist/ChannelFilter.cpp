@@ -4,6 +4,7 @@
 #include "Playlist/PlaylistTexts.h"
 
 #include <QCollator>
+#include <QLocale>
 #include <QSet>
 
 #include <algorithm>
@@ -86,7 +87,12 @@ QStringList ChannelFilter::categories(const QList<PlaylistEntry> &entries)
 
 void ChannelFilter::sortLocalized(QStringList &texts, const QStringList &keys)
 {
-    QCollator collator;
+    // The C locale has no collation of its own (and Qt's ignores letter case settings there):
+    // English rules stand in for it.
+    const QLocale locale = QLocale().language() == QLocale::C
+                               ? QLocale(QLocale::English, QLocale::UnitedStates)
+                               : QLocale();
+    QCollator collator(locale);
     collator.setCaseSensitivity(Qt::CaseInsensitive);
     // Sort keys make each comparison a byte compare, which matters for lists with many
     // distinct groups.

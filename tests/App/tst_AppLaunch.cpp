@@ -47,6 +47,9 @@ void tst_AppLaunch::answersWithoutDisplay_data()
                           << QByteArray();
     QTest::newRow("unknown option") << QStringList{u"--frobnicate"_s} << 2 << QByteArray()
                                     << QByteArray("velmplayerpro: unknown option: --frobnicate");
+    QTest::newRow("socket without path")
+        << QStringList{u"a.mp4"_s, u"--ipc-server"_s} << 2 << QByteArray()
+        << QByteArray("velmplayerpro: --ipc-server needs a socket path");
 }
 
 void tst_AppLaunch::answersWithoutDisplay()

@@ -21,6 +21,9 @@ ff -i "$out/clip.mp4" -c copy -f hls -hls_time 1 -hls_playlist_type vod \
 ff -f lavfi -i testsrc2=size=160x90:rate=25:duration=40 -f lavfi -i sine=duration=40 \
     $video $audio -shortest -f hls -hls_time 1 -hls_list_size 0 \
     -hls_segment_filename "$out/live/seg%d.ts" "$out/live/all.m3u8"
+# Almost 12 minutes of a tiny still picture, for seeks of minutes in both directions.
+ff -f lavfi -i color=c=gray:size=32x32:rate=2:duration=700 -c:v libx264 -preset ultrafast \
+    -pix_fmt yuv420p -g 10 "$out/long.mp4"
 # Files that are not playable media.
 printf 'This is a text file, not a video.\n' >"$out/text.mp4"
 : >"$out/empty.mp4"
