@@ -48,7 +48,7 @@ public:
         MetadataRole,                 // the row's metadata line, or nothing
     };
     // Lists up to this length are indexed and filtered at once on the calling thread.
-    static constexpr qsizetype synchronousLimit = 50'000;
+    static constexpr qsizetype synchronousLimit = 20'000;
 
     explicit ChannelListModel(Rows rows, QObject *parent = nullptr);
     ~ChannelListModel() override;

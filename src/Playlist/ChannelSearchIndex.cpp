@@ -132,13 +132,28 @@ QList<int> ChannelSearchIndex::matchingRows(const ChannelFilterCriteria &criteri
 
     QString foldedQuery;
     appendFolded(foldedQuery, query);
-    const std::vector<char> nameHits = entriesWithNameContaining(foldedQuery);
     std::vector<char> groupHits(size_t(m_foldedGroups.size()));
     for (qsizetype g = 0; g < m_foldedGroups.size(); ++g)
         groupHits[size_t(g)] = m_foldedGroups.at(g).contains(foldedQuery);
+    const auto groupFound = [&](size_t i) {
+        return m_groupOf[i] >= 0 && groupHits[size_t(m_groupOf[i])];
+    };
+    if (country >= 0 || group >= 0) {
+        // A chosen country or category leaves few names to search: each on its own.
+        const QStringView names(m_foldedNames);
+        for (size_t i = 0; i < count; ++i) {
+            if (!passesChoices(i))
+                continue;
+            const QStringView name =
+                names.sliced(m_nameStarts[i], m_nameStarts[i + 1] - m_nameStarts[i] - 1);
+            if (groupFound(i) || name.contains(foldedQuery))
+                rows.append(int(i));
+        }
+        return rows;
+    }
+    const std::vector<char> nameHits = entriesWithNameContaining(foldedQuery);
     for (size_t i = 0; i < count; ++i) {
-        const bool found = nameHits[i] || (m_groupOf[i] >= 0 && groupHits[size_t(m_groupOf[i])]);
-        if (found && passesChoices(i))
+        if (nameHits[i] || groupFound(i))
             rows.append(int(i));
     }
     return rows;
