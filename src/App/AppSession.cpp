@@ -13,7 +13,7 @@ AppSession::AppSession()
 {
     m_player.setFileChooser(&m_fileChooser);
     m_localM3U.setExportPrompts(&m_exportPrompts);
-    m_menus = new AppMenus(*m_window.menuBar(), m_player);
+    new AppMenus(*m_window.menuBar(), m_player); // owned by the menu bar
     connect(&m_window, &AppWindow::appeared, &m_player, &PlayerModel::installKeyboardShortcuts);
 }
 

@@ -13,7 +13,6 @@
 #include <memory>
 #include <optional>
 
-class AppMenus;
 class ControlServer;
 
 // Everything the running application is made of, created once after the QApplication and torn
@@ -44,7 +43,6 @@ private:
     DialogMediaFileChooser m_fileChooser;
     DialogLocalM3UExportPrompts m_exportPrompts;
     LocalM3UActions m_localM3U;
-    AppMenus *m_menus = nullptr;
     ControlCommands m_commands;
     std::unique_ptr<ControlServer> m_controlServer;
 };
