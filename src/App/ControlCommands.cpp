@@ -121,17 +121,24 @@ ControlCommands::ControlCommands(PlayerModel &model, LocalM3UActions &localM3U, 
 
 void ControlCommands::run(const QJsonArray &command, const Reply &reply)
 {
+    // The model's transport actions: none or one number as argument.
+    const auto action = [](auto modelFunction) -> Handler {
+        return [modelFunction](ControlCommands &self, const QJsonArray &arguments,
+                               const Reply &respond) {
+            self.modelAction(modelFunction, arguments, respond);
+        };
+    };
     static const std::map<QString, Handler> handlers = {
         {u"get_property"_s, &ControlCommands::getProperty},
         {u"playlist_entry"_s, &ControlCommands::playlistEntry},
         {u"play"_s, &ControlCommands::play},
         {u"openRemote"_s, &ControlCommands::openRemote},
-        {u"stop"_s, &ControlCommands::stop},
-        {u"togglePlayback"_s, &ControlCommands::togglePlayback},
-        {u"skip"_s, &ControlCommands::skip},
-        {u"setVolume"_s, &ControlCommands::setVolume},
-        {u"adjustVolume"_s, &ControlCommands::adjustVolume},
-        {u"toggleMute"_s, &ControlCommands::toggleMute},
+        {u"stop"_s, action(&PlayerModel::stop)},
+        {u"togglePlayback"_s, action(&PlayerModel::togglePlayback)},
+        {u"skip"_s, action(&PlayerModel::skip)},
+        {u"setVolume"_s, action(&PlayerModel::setVolume)},
+        {u"adjustVolume"_s, action(&PlayerModel::adjustVolume)},
+        {u"toggleMute"_s, action(&PlayerModel::toggleMute)},
         {u"local_entries"_s, &ControlCommands::localEntries},
         {u"save_to_local_m3u"_s, &ControlCommands::saveToLocalM3U},
         {u"import_local_m3u"_s, &ControlCommands::importLocalM3U},
@@ -150,7 +157,7 @@ void ControlCommands::run(const QJsonArray &command, const Reply &reply)
     }
     QJsonArray arguments = command;
     arguments.removeFirst();
-    (this->*handler->second)(arguments, reply);
+    handler->second(*this, arguments, reply);
 }
 
 void ControlCommands::getProperty(const QJsonArray &arguments, const Reply &reply)
@@ -225,51 +232,21 @@ void ControlCommands::openRemote(const QJsonArray &arguments, const Reply &reply
     });
 }
 
-void ControlCommands::stop(const QJsonArray &arguments, const Reply &reply)
+void ControlCommands::modelAction(void (PlayerModel::*action)(), const QJsonArray &arguments,
+                                  const Reply &reply)
 {
     if (!arguments.isEmpty())
         return reply(invalidParameter, {});
-    m_model.stop();
+    (m_model.*action)();
     reply({}, {});
 }
 
-void ControlCommands::togglePlayback(const QJsonArray &arguments, const Reply &reply)
-{
-    if (!arguments.isEmpty())
-        return reply(invalidParameter, {});
-    m_model.togglePlayback();
-    reply({}, {});
-}
-
-void ControlCommands::skip(const QJsonArray &arguments, const Reply &reply)
+void ControlCommands::modelAction(void (PlayerModel::*action)(double), const QJsonArray &arguments,
+                                  const Reply &reply)
 {
     if (arguments.size() != 1 || !isNumber(arguments.at(0)))
         return reply(invalidParameter, {});
-    m_model.skip(arguments.at(0).toDouble());
-    reply({}, {});
-}
-
-void ControlCommands::setVolume(const QJsonArray &arguments, const Reply &reply)
-{
-    if (arguments.size() != 1 || !isNumber(arguments.at(0)))
-        return reply(invalidParameter, {});
-    m_model.setVolume(arguments.at(0).toDouble());
-    reply({}, {});
-}
-
-void ControlCommands::adjustVolume(const QJsonArray &arguments, const Reply &reply)
-{
-    if (arguments.size() != 1 || !isNumber(arguments.at(0)))
-        return reply(invalidParameter, {});
-    m_model.adjustVolume(arguments.at(0).toDouble());
-    reply({}, {});
-}
-
-void ControlCommands::toggleMute(const QJsonArray &arguments, const Reply &reply)
-{
-    if (!arguments.isEmpty())
-        return reply(invalidParameter, {});
-    m_model.toggleMute();
+    (m_model.*action)(arguments.at(0).toDouble());
     reply({}, {});
 }
 

@@ -28,18 +28,17 @@ public:
     void run(const QJsonArray &command, const Reply &reply);
 
 private:
-    using Handler = void (ControlCommands::*)(const QJsonArray &arguments, const Reply &reply);
+    using Handler =
+        std::function<void(ControlCommands &, const QJsonArray &arguments, const Reply &reply)>;
 
     void getProperty(const QJsonArray &arguments, const Reply &reply);
     void playlistEntry(const QJsonArray &arguments, const Reply &reply);
     void play(const QJsonArray &arguments, const Reply &reply);
     void openRemote(const QJsonArray &arguments, const Reply &reply);
-    void stop(const QJsonArray &arguments, const Reply &reply);
-    void togglePlayback(const QJsonArray &arguments, const Reply &reply);
-    void skip(const QJsonArray &arguments, const Reply &reply);
-    void setVolume(const QJsonArray &arguments, const Reply &reply);
-    void adjustVolume(const QJsonArray &arguments, const Reply &reply);
-    void toggleMute(const QJsonArray &arguments, const Reply &reply);
+    void modelAction(void (PlayerModel::*action)(), const QJsonArray &arguments,
+                     const Reply &reply);
+    void modelAction(void (PlayerModel::*action)(double), const QJsonArray &arguments,
+                     const Reply &reply);
     void localEntries(const QJsonArray &arguments, const Reply &reply);
     void saveToLocalM3U(const QJsonArray &arguments, const Reply &reply);
     void importLocalM3U(const QJsonArray &arguments, const Reply &reply);

@@ -44,23 +44,22 @@ void LocalM3UActions::deleteAll()
 
 QFuture<bool> LocalM3UActions::importLocalPlaylist(const std::optional<QString> &displayName)
 {
-    return m_model.importLocalM3U(displayName)
-        .then(this, [this](const std::optional<QList<PlaylistEntry>> &entries) {
-            if (entries)
-                m_store.replaceAll(*entries);
-            return entries.has_value();
-        });
+    return replaceWhenImported(m_model.importLocalM3U(displayName));
 }
 
 QFuture<bool> LocalM3UActions::importLocalPlaylistFile(const QString &path,
                                                        const std::optional<QString> &displayName)
 {
-    return m_model.importLocalM3UFile(path, displayName)
-        .then(this, [this](const std::optional<QList<PlaylistEntry>> &entries) {
-            if (entries)
-                m_store.replaceAll(*entries);
-            return entries.has_value();
-        });
+    return replaceWhenImported(m_model.importLocalM3UFile(path, displayName));
+}
+
+QFuture<bool> LocalM3UActions::replaceWhenImported(PlayerModel::PlaylistImport import)
+{
+    return import.then(this, [this](const std::optional<QList<PlaylistEntry>> &entries) {
+        if (entries)
+            m_store.replaceAll(*entries);
+        return entries.has_value();
+    });
 }
 
 void LocalM3UActions::adoptPublishedPlaylist(const QList<PlaylistEntry> &entries)

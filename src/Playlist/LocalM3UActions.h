@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Player/PlayerModel.h"
 #include "Playlist/LocalM3UStore.h"
 #include "Playlist/PlaylistEntry.h"
 
@@ -10,7 +11,6 @@
 #include <optional>
 
 class LocalM3UExportPrompts;
-class PlayerModel;
 
 // The main window's actions on the saved links: saving a channel, adding, editing and deleting
 // links, importing a playlist file in place of the list, and exporting the list as an M3U file.
@@ -57,6 +57,9 @@ public:
     static QString defaultExportM3UFilename();
 
 private:
+    // The saved links become the imported entries when the import yields any.
+    QFuture<bool> replaceWhenImported(PlayerModel::PlaylistImport import);
+
     PlayerModel &m_model;
     LocalM3UStore &m_store;
     LocalM3UExportPrompts *m_exportPrompts = nullptr;
