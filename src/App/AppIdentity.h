@@ -13,6 +13,9 @@ inline constexpr QStringView applicationName = u"VelmPlayerPro";
 // The window title, and the player title whenever nothing more specific is known.
 inline constexpr QStringView displayName = u"Velm Player Pro";
 inline constexpr QStringView version = QT_UNICODE_LITERAL(VELM_VERSION);
+// The product's own web origin: the address our YouTube player page claims, so that the embedded
+// player knows who hosts it. Never loaded from the network.
+inline constexpr QStringView webOrigin = u"https://velmplayer.app";
 // How the engine and the playlist downloads introduce themselves to servers.
 inline QString userAgent()
 {

@@ -9,6 +9,8 @@ inline constexpr QStringView youTubeShortLink = u"youtu.be";
 inline constexpr QStringView youTubeMain = u"youtube.com";
 inline constexpr QStringView youTubePrivacyEnhanced = u"youtube-nocookie.com";
 inline constexpr QStringView okRu = u"ok.ru";
+// YouTube's script that defines the YT namespace and calls onYouTubeIframeAPIReady().
+inline constexpr QStringView youTubeIframeApi = u"https://www.youtube.com/iframe_api";
 
 // True for the host itself and for any subdomain of it ("m.ok.ru"), never for look-alikes
 // ("youtube.com.example", "notyoutube.com").

@@ -1,5 +1,6 @@
 #include "Web/OKVideoPlayerRegistry.h"
 #include "Web/WebPlayerScript.h"
+#include "Web/YouTubePlayerPage.h"
 #include "Web/YouTubePlayerRegistry.h"
 
 #include "RecordingScriptTarget.h"
@@ -8,6 +9,9 @@
 
 #include <limits>
 #include <memory>
+#include <optional>
+
+Q_DECLARE_METATYPE(std::optional<QString>)
 
 using namespace Qt::StringLiterals;
 
@@ -19,6 +23,8 @@ private Q_SLOTS:
     void numbersReadBackExactly_data();
     void numbersReadBackExactly();
     void commandsCarryTheirArgument();
+    void pageLiteralsAreJsonStrings_data();
+    void pageLiteralsAreJsonStrings();
     void registryRunsCommandsLaterOnTheViewOnScreen();
     void anOlderViewNeverUnregistersANewerOne();
 };
@@ -59,6 +65,24 @@ void tst_WebPlayerScript::commandsCarryTheirArgument()
              u"var v=document.querySelector('video'); if(v){v.muted=false;v.volume=1.0;}"_s);
     QCOMPARE(WebPlayerScript::setMuted(WebPlayerService::okVideo, true),
              u"var v=document.querySelector('video'); if(v){v.muted=true;}"_s);
+}
+
+void tst_WebPlayerScript::pageLiteralsAreJsonStrings_data()
+{
+    QTest::addColumn<std::optional<QString>>("value");
+    QTest::addColumn<QString>("literal");
+    QTest::newRow("absent") << std::optional<QString>() << u"null"_s;
+    QTest::newRow("plain") << std::optional(u"abc"_s) << u"\"abc\""_s;
+    QTest::newRow("script end") << std::optional(u"a\"b</script>"_s) << u"\"a\\\"b<\\/script>\""_s;
+    QTest::newRow("control and non-ASCII")
+        << std::optional(u"\t\u00e9\\"_s) << u"\"\\t\u00e9\\\\\""_s;
+}
+
+void tst_WebPlayerScript::pageLiteralsAreJsonStrings()
+{
+    QFETCH(std::optional<QString>, value);
+    QFETCH(QString, literal);
+    QCOMPARE(YouTubePlayerPage::javascriptString(value), literal);
 }
 
 void tst_WebPlayerScript::registryRunsCommandsLaterOnTheViewOnScreen()

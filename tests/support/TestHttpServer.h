@@ -5,6 +5,9 @@
 #include <QHash>
 #include <QHostAddress>
 #include <QPointer>
+#include <QRegularExpression>
+#include <QSslConfiguration>
+#include <QSslServer>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTimer>
@@ -12,6 +15,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 
 // What the test server answers to one request.
 struct TestHttpReply
@@ -28,6 +32,9 @@ struct TestHttpReply
     // With an interval: the body goes out in pieces of pieceSize bytes, one per interval.
     std::chrono::milliseconds pieceInterval{0};
     qsizetype pieceSize = 1024;
+    // Byte ranges answered with 206, as media elements expect of a web server serving files.
+    bool acceptRanges = false;
+    QByteArray extraHeaders; // complete header lines, each ending in CRLF
 
     static TestHttpReply of(int status, QByteArray reason, QByteArray body,
                             QByteArray contentType = "text/plain")
@@ -45,31 +52,47 @@ struct TestHttpReply
         QFile file(path);
         if (!file.open(QIODevice::ReadOnly))
             return of(404, "Not Found", {});
-        return of(200, "OK", file.readAll(), std::move(contentType));
+        TestHttpReply reply = of(200, "OK", file.readAll(), std::move(contentType));
+        reply.acceptRanges = true;
+        return reply;
     }
 };
 
-// An HTTP/1.1 server on 127.0.0.1 for tests: one reply per connection (Connection: close), every
-// request head recorded. Runs on the test's event loop.
+// An HTTP/1.1 server on 127.0.0.1 for tests, or HTTPS with a TLS configuration: one reply per
+// connection (Connection: close), every request head recorded. Runs on the test's event loop.
 class TestHttpServer : public QObject
 {
 public:
     using Handler = std::function<TestHttpReply(const QByteArray &path)>;
 
-    TestHttpServer()
+    explicit TestHttpServer(const std::optional<QSslConfiguration> &tls = std::nullopt)
     {
-        QObject::connect(&m_server, &QTcpServer::newConnection, this, [this] {
-            while (QTcpSocket *socket = m_server.nextPendingConnection())
+        if (tls) {
+            auto *server = new QSslServer(this);
+            server->setSslConfiguration(*tls);
+            m_server = server;
+        } else {
+            m_server = new QTcpServer(this);
+        }
+        // A TLS connection becomes pending only after its handshake, later than newConnection.
+        const auto acceptPending = [this] {
+            while (QTcpSocket *socket = m_server->nextPendingConnection())
                 accept(socket);
-        });
-        m_server.listen(QHostAddress::LocalHost);
+        };
+        QObject::connect(m_server, &QTcpServer::newConnection, this, acceptPending);
+        QObject::connect(m_server, &QTcpServer::pendingConnectionAvailable, this, acceptPending);
+        m_server->listen(QHostAddress::LocalHost);
     }
 
     QString url(const QString &path) const
     {
-        return QStringLiteral("http://127.0.0.1:%1%2").arg(m_server.serverPort()).arg(path);
+        return QStringLiteral("%1://127.0.0.1:%2%3")
+            .arg(qobject_cast<QSslServer *>(m_server) ? QStringLiteral("https")
+                                                      : QStringLiteral("http"))
+            .arg(m_server->serverPort())
+            .arg(path);
     }
-    quint16 port() const { return m_server.serverPort(); }
+    quint16 port() const { return m_server->serverPort(); }
 
     void route(const QByteArray &path, const TestHttpReply &reply) { m_routes[path] = reply; }
     // Asked for every path without a fixed route.
@@ -106,11 +129,34 @@ private:
             reply = TestHttpReply::of(404, "Not Found", {});
         if (reply.neverAnswer)
             return;
+        if (reply.acceptRanges)
+            reply = rangeOf(reply, head);
         const QPointer<QTcpSocket> guard(socket);
         QTimer::singleShot(reply.delay, socket, [guard, reply] {
             if (guard)
                 send(guard, reply);
         });
+    }
+
+    static TestHttpReply rangeOf(TestHttpReply reply, const QByteArray &head)
+    {
+        reply.extraHeaders += "Accept-Ranges: bytes\r\n";
+        static const QRegularExpression range(QStringLiteral("\r\nrange: *bytes=(\\d+)-(\\d*)\r\n"),
+                                              QRegularExpression::CaseInsensitiveOption);
+        const QRegularExpressionMatch match = range.match(QString::fromLatin1(head));
+        const qint64 size = reply.body.size();
+        if (!match.hasMatch() || match.captured(1).toLongLong() >= size)
+            return reply;
+        const qint64 first = match.captured(1).toLongLong();
+        const qint64 last = match.captured(2).isEmpty()
+                                ? size - 1
+                                : std::min(match.captured(2).toLongLong(), size - 1);
+        reply.status = 206;
+        reply.reason = "Partial Content";
+        reply.extraHeaders += "Content-Range: bytes " + QByteArray::number(first) + '-' +
+                              QByteArray::number(last) + '/' + QByteArray::number(size) + "\r\n";
+        reply.body = reply.body.mid(first, last - first + 1);
+        return reply;
     }
 
     static void send(QTcpSocket *socket, const TestHttpReply &reply)
@@ -121,7 +167,7 @@ private:
                       (reply.announceLength
                            ? "Content-Length: " + QByteArray::number(length) + "\r\n"
                            : QByteArray()) +
-                      "Connection: close\r\n\r\n");
+                      reply.extraHeaders + "Connection: close\r\n\r\n");
         if (reply.endlessLength > 0)
             streamZeros(socket, reply.endlessLength);
         else if (reply.pieceInterval.count() > 0)
@@ -165,7 +211,7 @@ private:
         timer->start(interval);
     }
 
-    QTcpServer m_server;
+    QTcpServer *m_server;
     QHash<QByteArray, TestHttpReply> m_routes;
     Handler m_handler;
     QList<QByteArray> m_requestHeads;
