@@ -3,6 +3,7 @@
 #include "App/AppCommandLine.h"
 #include "App/AppMenus.h"
 #include "App/ControlServer.h"
+#include "Surface/PlayerSurface.h"
 
 #include <QDir>
 #include <QMenuBar>
@@ -13,6 +14,7 @@ AppSession::AppSession()
 {
     m_player.setFileChooser(&m_fileChooser);
     m_localM3U.setExportPrompts(&m_exportPrompts);
+    m_window.setContent(new PlayerSurface(m_player));
     new AppMenus(*m_window.menuBar(), m_player); // owned by the menu bar
     connect(&m_window, &AppWindow::appeared, &m_player, &PlayerModel::installKeyboardShortcuts);
 }

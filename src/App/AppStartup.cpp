@@ -1,5 +1,6 @@
 #include "App/AppStartup.h"
 
+#include <QCoreApplication>
 #include <QtGlobal>
 
 #include <clocale>
@@ -45,6 +46,11 @@ void AppStartup::leaveGuardedStart()
 {
     qInstallMessageHandler(previousHandler);
     previousHandler = nullptr;
+}
+
+void AppStartup::prepareGraphics()
+{
+    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
 }
 
 void AppStartup::fixNumericLocale()

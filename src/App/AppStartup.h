@@ -16,6 +16,9 @@ public:
     // connect to its display server) ends the process with status 1 and a clear message.
     static void enterGuardedStart();
     static void leaveGuardedStart();
+    // Before the application object: the browser engine of the web players and the video
+    // surface's OpenGL share their contexts, which must be decided before any exists.
+    static void prepareGraphics();
     // Sets the process state that libraries loaded later rely on: numbers printed and read with
     // a "." decimal point whatever the user's locale.
     static void fixNumericLocale();

@@ -5,10 +5,14 @@
 AppWindow::AppWindow(QWidget *parent) : QMainWindow(parent)
 {
     setWindowTitle(AppIdentity::displayName.toString());
-    auto *content = new QWidget(this);
+    setContent(new QWidget(this));
+    resize(defaultSize);
+}
+
+void AppWindow::setContent(QWidget *content)
+{
     content->setMinimumSize(minimumContentSize);
     setCentralWidget(content);
-    resize(defaultSize);
 }
 
 void AppWindow::showEvent(QShowEvent *event)

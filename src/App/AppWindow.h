@@ -14,6 +14,9 @@ public:
 
     explicit AppWindow(QWidget *parent = nullptr);
 
+    // Puts the window's content in place; it never shrinks below minimumContentSize.
+    void setContent(QWidget *content);
+
 Q_SIGNALS:
     // The window was shown for the first time.
     void appeared();

@@ -28,6 +28,7 @@ int main(int argc, char **argv)
         return 1;
     }
 
+    AppStartup::prepareGraphics();
     AppStartup::enterGuardedStart();
     VelmApplication application(argc, argv);
     AppStartup::leaveGuardedStart();

@@ -39,6 +39,8 @@ enum PropertyID : quint64
     eofReachedID,
     displayWidthID,
     displayHeightID,
+    decoderDropsID,
+    outputDropsID,
 };
 
 struct ObservedProperty
@@ -58,6 +60,8 @@ constexpr ObservedProperty observedProperties[] = {
     {eofReachedID, "eof-reached", MPV_FORMAT_FLAG, true},
     {displayWidthID, "dwidth", MPV_FORMAT_INT64, true},
     {displayHeightID, "dheight", MPV_FORMAT_INT64, true},
+    {decoderDropsID, "frame-drop-count", MPV_FORMAT_INT64, true},
+    {outputDropsID, "vo-drop-frame-count", MPV_FORMAT_INT64, true},
 };
 
 const ObservedProperty *observedProperty(quint64 id)
@@ -93,6 +97,7 @@ MpvEngine::MpvEngine(Output output, QObject *parent) : QObject(parent)
         return;
     }
     m_renderReady = output == Output::headless;
+    m_output = output;
     observeProperties();
     mpv_set_wakeup_callback(
         m_handle,
@@ -180,6 +185,8 @@ void MpvEngine::forgetMediaProperties()
     m_displayWidth = 0;
     m_displayHeight = 0;
     m_endReached = false;
+    m_decoderDrops = 0;
+    m_outputDrops = 0;
 }
 
 int MpvEngine::createRenderContext(mpv_render_context **context, mpv_render_param *parameters)
@@ -192,6 +199,12 @@ int MpvEngine::createRenderContext(mpv_render_context **context, mpv_render_para
         startPendingLoad();
     }
     return result;
+}
+
+void MpvEngine::renderContextFreed()
+{
+    // Without a render context mpv would open a window of its own for the next video.
+    m_renderReady = m_output == Output::headless;
 }
 
 void MpvEngine::command(std::initializer_list<const char *> arguments, quint64 tag)
@@ -252,12 +265,14 @@ void MpvEngine::stop()
 
 MpvEngine::Exposed MpvEngine::exposed() const
 {
-    return {videoSize(), m_paused, isEndReached(), m_failed, isWaitingToPlay()};
+    return {videoSize(), m_hasMedia, m_paused, isEndReached(), m_failed, isWaitingToPlay()};
 }
 
 void MpvEngine::announceChanges(const Exposed &before)
 {
     const Exposed after = exposed();
+    if (before.hasMedia != after.hasMedia)
+        Q_EMIT hasMediaChanged();
     if (before.videoSize != after.videoSize)
         Q_EMIT videoSizeChanged();
     if (before.paused != after.paused || before.endReached != after.endReached ||
@@ -437,6 +452,12 @@ void MpvEngine::storeProperty(quint64 id, const void *data, int format)
         return;
     case displayHeightID:
         m_displayHeight = integer();
+        return;
+    case decoderDropsID:
+        m_decoderDrops = integer();
+        return;
+    case outputDropsID:
+        m_outputDrops = integer();
         return;
     default:
         return;

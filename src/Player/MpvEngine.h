@@ -70,8 +70,16 @@ public:
     // (aboutToShutDown() tells when). Loads requested before a render context exists wait for it,
     // since without one mpv would open a window of its own.
     int createRenderContext(mpv_render_context **context, mpv_render_param *parameters);
+    // The surface freed its render context: later loads wait for the next one.
+    void renderContextFreed();
+
+    // Frames of the current media dropped by the decoder and by the video output.
+    qint64 decoderDroppedFrames() const { return m_decoderDrops; }
+    qint64 outputDroppedFrames() const { return m_outputDrops; }
 
 Q_SIGNALS:
+    // load() or stop() changed whether there is media.
+    void hasMediaChanged();
     // Pause, idle, waiting, end of media or failure changed.
     void playbackStateChanged();
     void videoSizeChanged();
@@ -88,6 +96,7 @@ private:
     struct Exposed
     {
         QSize videoSize;
+        bool hasMedia;
         bool paused;
         bool endReached;
         bool failed;
@@ -111,6 +120,7 @@ private:
     void announceChanges(const Exposed &before);
 
     mpv_handle *m_handle = nullptr;
+    Output m_output = Output::headless;
     bool m_renderReady = false;
     QString m_pendingLoad;
     std::atomic_bool m_drainQueued = false;
@@ -131,4 +141,6 @@ private:
     bool m_coreIdle = true;
     bool m_pausedForCache = false;
     bool m_endReached = false;
+    qint64 m_decoderDrops = 0;
+    qint64 m_outputDrops = 0;
 };

@@ -24,6 +24,9 @@ ff -f lavfi -i testsrc2=size=160x90:rate=25:duration=40 -f lavfi -i sine=duratio
 # Almost 12 minutes of a tiny still picture, for seeks of minutes in both directions.
 ff -f lavfi -i color=c=gray:size=32x32:rate=2:duration=700 -c:v libx264 -preset ultrafast \
     -pix_fmt yuv420p -g 10 "$out/long.mp4"
+# 16:9 in three columns, red, green and blue, for checking where each part of the picture lands.
+ff -f lavfi -i "color=c=red:size=640x360:rate=25:duration=10,drawbox=x=213:y=0:w=214:h=360:color=lime:t=fill,drawbox=x=427:y=0:w=213:h=360:color=blue:t=fill" \
+    $video "$out/columns.mp4"
 # Files that are not playable media.
 printf 'This is a text file, not a video.\n' >"$out/text.mp4"
 : >"$out/empty.mp4"

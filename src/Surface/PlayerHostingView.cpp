@@ -1,0 +1,382 @@
+#include "Surface/PlayerHostingView.h"
+
+#include "App/AppNotifier.h"
+#include "Player/MpvEngine.h"
+#include "Surface/PlayerLayerGeometry.h"
+
+#include <QGuiApplication>
+#include <QMouseEvent>
+#include <QOpenGLBuffer>
+#include <QOpenGLContext>
+#include <QOpenGLFramebufferObject>
+#include <QOpenGLShaderProgram>
+#include <QWindow>
+
+#include <mpv/render_gl.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <vector>
+
+namespace {
+
+const char *const vertexShader = "attribute vec2 position;\n"
+                                 "attribute vec2 textureCoordinate;\n"
+                                 "varying vec2 coordinate;\n"
+                                 "void main() {\n"
+                                 "    coordinate = textureCoordinate;\n"
+                                 "    gl_Position = vec4(position, 0.0, 1.0);\n"
+                                 "}\n";
+
+const char *const fragmentShader = "#ifdef GL_ES\n"
+                                   "precision mediump float;\n"
+                                   "#endif\n"
+                                   "varying vec2 coordinate;\n"
+                                   "uniform sampler2D picture;\n"
+                                   "void main() {\n"
+                                   "    gl_FragColor = texture2D(picture, coordinate);\n"
+                                   "}\n";
+
+void *procAddress(void *, const char *name)
+{
+    QOpenGLContext *context = QOpenGLContext::currentContext();
+    return context ? reinterpret_cast<void *>(context->getProcAddress(QByteArray(name))) : nullptr;
+}
+
+// The picture's own aspect, 0 while unknown.
+double pictureAspect(const MpvEngine *player)
+{
+    if (!player)
+        return 0;
+    const QSize size = player->videoSize();
+    return size.width() > 0 && size.height() > 0 ? double(size.width()) / size.height() : 0;
+}
+
+} // namespace
+
+PlayerHostingView::PlayerHostingView(QWidget *parent) : QOpenGLWidget(parent)
+{
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    setMouseTracking(false);
+}
+
+PlayerHostingView::~PlayerHostingView()
+{
+    freeRenderContext();
+}
+
+void PlayerHostingView::setPlayer(MpvEngine *player)
+{
+    if (m_player == player)
+        return;
+    freeRenderContext();
+    if (m_player)
+        disconnect(m_player, nullptr, this, nullptr);
+    m_player = player;
+    if (!player)
+        return;
+    // The manual and smart framings depend on the picture's shape.
+    connect(player, &MpvEngine::videoSizeChanged, this, &PlayerHostingView::relayout);
+    connect(player, &MpvEngine::aboutToShutDown, this, &PlayerHostingView::freeRenderContext);
+    if (context())
+        createRenderContext();
+}
+
+void PlayerHostingView::setDisplayMode(PortraitDisplayMode mode)
+{
+    if (mode != m_displayMode) {
+        m_displayMode = mode;
+        if (mode == PortraitDisplayMode::fill || mode == PortraitDisplayMode::rotate)
+            setHorizontalPan(0);
+    }
+    relayout();
+}
+
+void PlayerHostingView::setFillScreen(bool fillScreen)
+{
+    if (fillScreen == m_fillScreen)
+        return;
+    m_fillScreen = fillScreen;
+    relayout();
+}
+
+void PlayerHostingView::setHorizontalPan(double pan)
+{
+    pan = std::clamp(pan, -1.0, 1.0);
+    if (pan == m_horizontalPan)
+        return;
+    m_horizontalPan = pan;
+    relayout();
+    Q_EMIT horizontalPanChanged();
+}
+
+PlayerLayerLayout PlayerHostingView::currentLayout() const
+{
+    const QSize picture = m_player ? m_player->videoSize() : QSize();
+    return PlayerLayerGeometry::layout(m_displayMode, QSizeF(size()), QSizeF(picture),
+                                       m_horizontalPan);
+}
+
+QRect PlayerHostingView::recordingRectInView() const
+{
+    if (m_displayMode == PortraitDisplayMode::normal)
+        return rect();
+    return currentLayout().cropRect.toRect();
+}
+
+void PlayerHostingView::initializeGL()
+{
+    initializeOpenGLFunctions();
+    m_program = std::make_unique<QOpenGLShaderProgram>();
+    m_program->addShaderFromSourceCode(QOpenGLShader::Vertex, vertexShader);
+    m_program->addShaderFromSourceCode(QOpenGLShader::Fragment, fragmentShader);
+    m_program->bindAttributeLocation("position", 0);
+    m_program->bindAttributeLocation("textureCoordinate", 1);
+    m_program->link();
+    m_vertices = std::make_unique<QOpenGLBuffer>(QOpenGLBuffer::VertexBuffer);
+    m_vertices->create();
+    m_vertices->setUsagePattern(QOpenGLBuffer::StreamDraw);
+    // A new window for the widget replaces its context: everything made in the old one goes
+    // with it, and is made again here.
+    connect(context(), &QOpenGLContext::aboutToBeDestroyed, this,
+            &PlayerHostingView::freeRenderContext, Qt::DirectConnection);
+    if (m_player)
+        createRenderContext();
+}
+
+void PlayerHostingView::createRenderContext()
+{
+    if (m_render || !m_player || !m_player->isValid())
+        return;
+    makeCurrent();
+    mpv_opengl_init_params glInit{procAddress, nullptr};
+    const char *api = MPV_RENDER_API_TYPE_OPENGL;
+    std::vector<mpv_render_param> parameters{{MPV_RENDER_PARAM_API_TYPE, const_cast<char *>(api)},
+                                             {MPV_RENDER_PARAM_OPENGL_INIT_PARAMS, &glInit}};
+#if QT_CONFIG(xcb)
+    // Hardware decoding hands frames over through the X display.
+    if (auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>())
+        parameters.push_back({MPV_RENDER_PARAM_X11_DISPLAY, x11->display()});
+#endif
+    parameters.push_back({MPV_RENDER_PARAM_INVALID, nullptr});
+    if (m_player->createRenderContext(&m_render, parameters.data()) < 0) {
+        m_render = nullptr;
+        doneCurrent();
+        return;
+    }
+    // Called on mpv's threads: only ask the main thread to draw.
+    mpv_render_context_set_update_callback(
+        m_render,
+        [](void *view) {
+            QMetaObject::invokeMethod(static_cast<PlayerHostingView *>(view),
+                                      &PlayerHostingView::frameReady, Qt::QueuedConnection);
+        },
+        this);
+    doneCurrent();
+}
+
+void PlayerHostingView::freeRenderContext()
+{
+    if (!m_render)
+        return;
+    // The render context goes with the OpenGL context it was made in, current.
+    makeCurrent();
+    mpv_render_context_set_update_callback(m_render, nullptr, nullptr);
+    mpv_render_context_free(m_render);
+    m_render = nullptr;
+    m_frame.reset();
+    doneCurrent();
+    if (m_player)
+        m_player->renderContextFreed();
+}
+
+void PlayerHostingView::frameReady()
+{
+    if (!m_render)
+        return;
+    // Hidden, the widget is not repainted, yet mpv waits for its frames to be taken: draw them
+    // anyway so that playback, and its sound, go on.
+    if (isVisible() && !(window()->windowState() & Qt::WindowMinimized)) {
+        update();
+        return;
+    }
+    makeCurrent();
+    paintGL();
+    doneCurrent();
+}
+
+void PlayerHostingView::paintGL()
+{
+    const QSize pixels = size() * devicePixelRatioF();
+    glClearColor(0, 0, 0, 1);
+    glClear(GL_COLOR_BUFFER_BIT);
+    if (!m_render)
+        return;
+    if (m_displayMode == PortraitDisplayMode::normal) {
+        renderDirect(pixels);
+        return;
+    }
+    renderFramed(currentLayout(), pixels);
+}
+
+void PlayerHostingView::renderDirect(QSize pixels)
+{
+    // Whole and letterboxed is mpv's own layout: it draws straight into the widget.
+    mpv_opengl_fbo target{int(defaultFramebufferObject()), pixels.width(), pixels.height(), 0};
+    int flip = 1;
+    mpv_render_param parameters[] = {{MPV_RENDER_PARAM_OPENGL_FBO, &target},
+                                     {MPV_RENDER_PARAM_FLIP_Y, &flip},
+                                     {MPV_RENDER_PARAM_INVALID, nullptr}};
+    mpv_render_context_render(m_render, parameters);
+}
+
+void PlayerHostingView::renderFramed(const PlayerLayerLayout &layout, QSize pixels)
+{
+    // mpv draws the picture upright into a buffer of its own shape, as large as it shows on
+    // screen but never beyond its own resolution; the buffer is then placed, cut and turned.
+    const double aspect = pictureAspect(m_player);
+    const auto corners = PlayerLayerGeometry::pictureCorners(layout, aspect);
+    const double dpr = devicePixelRatioF();
+    QSizeF shown(std::hypot(corners[1].x() - corners[0].x(), corners[1].y() - corners[0].y()),
+                 std::hypot(corners[3].x() - corners[0].x(), corners[3].y() - corners[0].y()));
+    shown *= dpr;
+    const QSize native = m_player ? m_player->videoSize() : QSize();
+    if (native.width() > 0 && shown.width() > native.width())
+        shown = QSizeF(native);
+    const QSize bufferSize(std::clamp(int(std::lround(shown.width())), 1, 8192),
+                           std::clamp(int(std::lround(shown.height())), 1, 8192));
+    if (!prepareFrameBuffer(bufferSize))
+        return;
+    mpv_opengl_fbo target{int(m_frame->handle()), bufferSize.width(), bufferSize.height(), 0};
+    int flip = 0;
+    mpv_render_param parameters[] = {{MPV_RENDER_PARAM_OPENGL_FBO, &target},
+                                     {MPV_RENDER_PARAM_FLIP_Y, &flip},
+                                     {MPV_RENDER_PARAM_INVALID, nullptr}};
+    mpv_render_context_render(m_render, parameters);
+    drawPicture(layout, aspect, pixels);
+}
+
+bool PlayerHostingView::prepareFrameBuffer(QSize size)
+{
+    if (!m_frame || m_frame->size() != size) {
+        m_frame = std::make_unique<QOpenGLFramebufferObject>(size);
+        if (!m_frame->isValid()) {
+            m_frame.reset();
+            return false;
+        }
+    }
+    return true;
+}
+
+void PlayerHostingView::drawPicture(const PlayerLayerLayout &layout, double aspect, QSize pixels)
+{
+    // mpv leaves the framebuffer, viewport, scissor and blending as it needed them.
+    glBindFramebuffer(GL_FRAMEBUFFER, defaultFramebufferObject());
+    glViewport(0, 0, pixels.width(), pixels.height());
+    glDisable(GL_BLEND);
+    glClearColor(0, 0, 0, 1);
+    glDisable(GL_SCISSOR_TEST);
+    glClear(GL_COLOR_BUFFER_BIT);
+    const double dpr = devicePixelRatioF();
+    if (layout.clipsToCrop) {
+        const QRectF crop = layout.cropRect;
+        const int left = int(std::floor(crop.left() * dpr));
+        const int right = int(std::ceil(crop.right() * dpr));
+        const int bottom = pixels.height() - int(std::ceil(crop.bottom() * dpr));
+        const int top = pixels.height() - int(std::floor(crop.top() * dpr));
+        glEnable(GL_SCISSOR_TEST);
+        glScissor(left, bottom, std::max(0, right - left), std::max(0, top - bottom));
+    }
+
+    // The buffer holds the picture with its bottom row first: the picture's top-left corner is
+    // the texture's (0, 1).
+    const auto corners = PlayerLayerGeometry::pictureCorners(layout, aspect);
+    constexpr std::array<std::array<float, 2>, 4> texture{{{0, 1}, {1, 1}, {1, 0}, {0, 0}}};
+    const double w = width();
+    const double h = height();
+    std::array<float, 16> vertices{};
+    for (size_t i = 0; i < 4; ++i) {
+        vertices[i * 4] = float(2 * corners[i].x() / w - 1);
+        vertices[i * 4 + 1] = float(1 - 2 * corners[i].y() / h);
+        vertices[i * 4 + 2] = texture[i][0];
+        vertices[i * 4 + 3] = texture[i][1];
+    }
+    m_program->bind();
+    m_vertices->bind();
+    m_vertices->allocate(vertices.data(), int(sizeof vertices));
+    m_program->enableAttributeArray(0);
+    m_program->enableAttributeArray(1);
+    m_program->setAttributeBuffer(0, GL_FLOAT, 0, 2, 4 * sizeof(float));
+    m_program->setAttributeBuffer(1, GL_FLOAT, 2 * sizeof(float), 2, 4 * sizeof(float));
+    m_program->setUniformValue("picture", 0);
+    glActiveTexture(GL_TEXTURE0);
+    glBindTexture(GL_TEXTURE_2D, m_frame->texture());
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
+    glDrawArrays(GL_TRIANGLE_FAN, 0, 4);
+    glBindTexture(GL_TEXTURE_2D, 0);
+    m_program->disableAttributeArray(0);
+    m_program->disableAttributeArray(1);
+    m_vertices->release();
+    m_program->release();
+    glDisable(GL_SCISSOR_TEST);
+}
+
+void PlayerHostingView::mousePressEvent(QMouseEvent *event)
+{
+    Q_EMIT AppNotifier::shared().playerSurfaceClicked(window()->windowHandle());
+    if (event->button() != Qt::LeftButton)
+        return;
+    if (m_displayMode == PortraitDisplayMode::manual)
+        m_panDrag = PanDrag{event->scenePosition().x(), m_horizontalPan};
+    else
+        startWindowDrag(event);
+}
+
+void PlayerHostingView::startWindowDrag(QMouseEvent *event)
+{
+    QWidget *top = window();
+    if (top->isFullScreen())
+        return;
+    // The window system moves the window where it can; elsewhere the drag moves it here.
+    if (QWindow *handle = top->windowHandle(); handle && handle->startSystemMove())
+        return;
+    m_windowDrag = WindowDrag{event->globalPosition().toPoint(), top->pos()};
+}
+
+void PlayerHostingView::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    m_panDrag.reset();
+    m_windowDrag.reset();
+    if (event->button() != Qt::LeftButton)
+        return;
+    QWidget *top = window();
+    top->setWindowState(top->windowState() ^ Qt::WindowFullScreen);
+}
+
+void PlayerHostingView::mouseMoveEvent(QMouseEvent *event)
+{
+    if (!(event->buttons() & Qt::LeftButton)) {
+        m_panDrag.reset();
+        m_windowDrag.reset();
+        return;
+    }
+    if (m_panDrag) {
+        setHorizontalPan(PlayerLayerGeometry::pannedBy(
+            m_panDrag->startPan, event->scenePosition().x() - m_panDrag->startX, width()));
+    } else if (m_windowDrag) {
+        window()->move(m_windowDrag->startWindow + event->globalPosition().toPoint() -
+                       m_windowDrag->startGlobal);
+    }
+}
+
+void PlayerHostingView::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (event->button() == Qt::LeftButton) {
+        m_panDrag.reset();
+        m_windowDrag.reset();
+    }
+}

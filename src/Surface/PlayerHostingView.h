@@ -1,0 +1,102 @@
+#pragma once
+
+#include "Recording/PlayerRecordingSurface.h"
+#include "Surface/PlayerLayerLayout.h"
+#include "Surface/PortraitDisplayMode.h"
+
+#include <QOpenGLFunctions>
+#include <QOpenGLWidget>
+#include <QPointer>
+
+#include <memory>
+#include <optional>
+
+class MpvEngine;
+class QOpenGLBuffer;
+class QOpenGLFramebufferObject;
+class QOpenGLShaderProgram;
+struct mpv_render_context;
+
+// Draws the media engine's video with OpenGL, framed by the display mode: whole and letterboxed
+// in the normal mode, else inside the 9:16 box (filled, turned, or panned by hand), black
+// elsewhere. The only user of mpv's render API. It draws when mpv has a new frame or the layout
+// changes, and nothing otherwise.
+//
+// Mouse: a double-click toggles the window's full screen and nothing else; any other press is
+// announced as a click on the picture, then pans the picture in the manual mode or moves the
+// window in the others.
+class PlayerHostingView : public QOpenGLWidget,
+                          protected QOpenGLFunctions,
+                          public PlayerRecordingSurface
+{
+    Q_OBJECT
+
+public:
+    explicit PlayerHostingView(QWidget *parent = nullptr);
+    ~PlayerHostingView() override;
+
+    // The engine whose video is drawn; its render context is made once OpenGL is ready.
+    void setPlayer(MpvEngine *player);
+    PortraitDisplayMode displayMode() const { return m_displayMode; }
+    // Fill and rotate start centred (pan 0); the other modes keep the last pan, so a framing
+    // made by hand survives a trip through another mode.
+    void setDisplayMode(PortraitDisplayMode mode);
+    bool fillScreen() const { return m_fillScreen; }
+    // The layout is the same in and out of full screen; a change only lays out again.
+    void setFillScreen(bool fillScreen);
+    double horizontalPan() const { return m_horizontalPan; }
+    // −1 … 1 (clamped): the picture's right edge at the box's right edge … left at left.
+    void setHorizontalPan(double pan);
+
+    PlayerLayerLayout currentLayout() const;
+
+    QWidget *recordingView() override { return this; }
+    // The whole view in the normal mode, else the 9:16 box: a recording holds only what shows.
+    QRect recordingRectInView() const override;
+
+Q_SIGNALS:
+    void horizontalPanChanged();
+
+protected:
+    void initializeGL() override;
+    void paintGL() override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+
+private:
+    struct PanDrag
+    {
+        double startX;
+        double startPan;
+    };
+    struct WindowDrag
+    {
+        QPoint startGlobal;
+        QPoint startWindow;
+    };
+
+    void createRenderContext();
+    void freeRenderContext();
+    void frameReady();
+    void relayout() { update(); }
+    void renderDirect(QSize pixels);
+    void renderFramed(const PlayerLayerLayout &layout, QSize pixels);
+    bool prepareFrameBuffer(QSize size);
+    void drawPicture(const PlayerLayerLayout &layout, double aspect, QSize pixels);
+    void startWindowDrag(QMouseEvent *event);
+
+    QPointer<MpvEngine> m_player;
+    mpv_render_context *m_render = nullptr;
+    PortraitDisplayMode m_displayMode = PortraitDisplayMode::normal;
+    bool m_fillScreen = false;
+    double m_horizontalPan = 0;
+
+    std::unique_ptr<QOpenGLFramebufferObject> m_frame;
+    std::unique_ptr<QOpenGLShaderProgram> m_program;
+    std::unique_ptr<QOpenGLBuffer> m_vertices;
+
+    std::optional<PanDrag> m_panDrag;
+    std::optional<WindowDrag> m_windowDrag;
+};

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "Surface/PlayerLayerLayout.h"
+#include "Surface/PortraitDisplayMode.h"
+
+#include <QPointF>
+#include <QSizeF>
+
+#include <array>
+
+// The geometry of the player view's display modes: the 9:16 box at full height, centred and
+// never clamped (it overhangs a view narrower than itself); the picture inside it, panned
+// horizontally in the manual and smart modes; the zoom of the portrait modes; and the quarter
+// turn of the rotate mode. Pure functions of the view size, the picture size and the pan.
+class PlayerLayerGeometry
+{
+public:
+    PlayerLayerGeometry() = delete;
+
+    // Each side of the picture frame grows by this share, computed as 1.13 − 1 in doubles.
+    static constexpr double zoomGrowth = 1.13 - 1.0;
+    // The rotate mode's turn in radians: a quarter, clockwise on screen.
+    static constexpr double rotation = -1.5707963267948966;
+    // A drag over this share of the view's width moves the pan from 0 to 1.
+    static constexpr double dragWidthShare = 0.35;
+
+    static QRectF cropRect(PortraitDisplayMode mode, QSizeF bounds);
+    // The picture's frame in the crop's coordinates before the zoom; pan is −1 … 1.
+    static QRectF videoFrame(PortraitDisplayMode mode, QSizeF crop, QSizeF presentationSize,
+                             double pan);
+    static bool zooms(PortraitDisplayMode mode);
+    static QRectF zoomed(const QRectF &frame);
+    static PlayerLayerLayout layout(PortraitDisplayMode mode, QSizeF bounds,
+                                    QSizeF presentationSize, double pan);
+
+    // The pan after dragging dx (in window coordinates) from startPan in a view that wide.
+    static double pannedBy(double startPan, double dx, double viewWidth);
+
+    // The corners of the picture (top-left, top-right, bottom-right, bottom-left of the picture
+    // itself) in view coordinates, for a picture of that aspect (width / height; 0 when unknown,
+    // which stretches it over its layer).
+    static std::array<QPointF, 4> pictureCorners(const PlayerLayerLayout &layout,
+                                                 double pictureAspect);
+};

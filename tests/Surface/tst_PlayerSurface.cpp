@@ -1,0 +1,293 @@
+// The video area on a real OpenGL widget under Xvfb, drawing a real engine's frames: a 16:9 clip
+// in three columns (red, green, blue) shows where each part of the picture lands in each mode.
+
+#include "App/AppNotifier.h"
+#include "Player/PlayerModel.h"
+#include "Recording/PlayerSurfaceRegistry.h"
+#include "Surface/PlayerHostingView.h"
+#include "Surface/PlayerLayerView.h"
+#include "Surface/PlayerSurface.h"
+#include "TestHttpServer.h"
+#include "TestMedia.h"
+#include "Web/WebAddress.h"
+#include "Web/YouTubePlayerView.h"
+
+#include <QApplication>
+#include <QSignalSpy>
+#include <QTest>
+
+using Mode = PortraitDisplayMode;
+Q_DECLARE_METATYPE(PortraitDisplayMode)
+
+namespace {
+
+// Where a pixel must be, and what it must show: 'r', 'g', 'b' or 'k' (black).
+struct Probe
+{
+    QPoint at;
+    char colour;
+};
+
+char colourOf(QRgb pixel)
+{
+    const int r = qRed(pixel), g = qGreen(pixel), b = qBlue(pixel);
+    if (r < 40 && g < 40 && b < 40)
+        return 'k';
+    if (r > 150 && g < 90 && b < 90)
+        return 'r';
+    if (g > 150 && r < 90 && b < 90)
+        return 'g';
+    if (b > 150 && r < 90 && g < 90)
+        return 'b';
+    return '?';
+}
+
+QString mismatches(const QImage &frame, const QList<Probe> &probes)
+{
+    QString found;
+    for (const Probe &probe : probes) {
+        const char seen = colourOf(frame.pixel(probe.at));
+        if (seen != probe.colour)
+            found += QStringLiteral("(%1,%2) %3 not %4; ")
+                         .arg(probe.at.x())
+                         .arg(probe.at.y())
+                         .arg(QChar::fromLatin1(seen))
+                         .arg(QChar::fromLatin1(probe.colour));
+    }
+    return found;
+}
+
+// The window states a widget went through, as it was told of them.
+class StateRecorder : public QObject
+{
+public:
+    explicit StateRecorder(QWidget *widget) { widget->installEventFilter(this); }
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() == QEvent::WindowStateChange)
+            asked.append(static_cast<QWidget *>(watched)->windowState());
+        return false;
+    }
+    QList<Qt::WindowStates> asked;
+};
+
+} // namespace
+
+Q_DECLARE_METATYPE(QList<Probe>)
+
+class tst_PlayerSurface : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void modesPlaceThePicture_data();
+    void modesPlaceThePicture();
+    void dragInManualPansByAShareOfTheWidth();
+    void doubleClickTogglesFullScreenOnly();
+    void nothingIsDrawnWhileNothingChanges();
+    void surfaceShowsOnePlayerAndThePrompt();
+    void badgeShowsForLiveStreamsOnly_data();
+    void badgeShowsForLiveStreamsOnly();
+
+private:
+    // The clip on screen, paused 1 s in, so every grab sees the same frame.
+    void showPausedClip();
+    PlayerHostingView *hostingView() const;
+
+    std::unique_ptr<PlayerModel> m_model;
+    std::unique_ptr<PlayerSurface> m_surface;
+};
+
+void tst_PlayerSurface::init()
+{
+    m_model = std::make_unique<PlayerModel>(MpvEngine::Output::render);
+    m_surface = std::make_unique<PlayerSurface>(*m_model);
+    m_surface->resize(640, 360);
+    m_surface->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_surface.get()));
+}
+
+void tst_PlayerSurface::cleanup()
+{
+    m_surface.reset();
+    m_model.reset();
+}
+
+PlayerHostingView *tst_PlayerSurface::hostingView() const
+{
+    auto *layer = qobject_cast<PlayerLayerView *>(m_surface->currentPlayer());
+    return layer ? layer->hostingView() : nullptr;
+}
+
+void tst_PlayerSurface::showPausedClip()
+{
+    m_model->play(WebAddress::fromLocalFile(testMedia(QStringLiteral("columns.mp4"))), {}, false);
+    QTRY_VERIFY_WITH_TIMEOUT(m_model->engine().isPlaying() && m_model->engine().position() > 0.2,
+                             10000);
+    m_model->togglePlayback();
+    m_model->engine().seekExact(1);
+    QSignalSpy seeked(&m_model->engine(), &MpvEngine::seekFinished);
+    QVERIFY(seeked.wait(5000));
+    QTRY_COMPARE(colourOf(hostingView()->grabFramebuffer().pixel(320, 180)), 'g');
+}
+
+void tst_PlayerSurface::modesPlaceThePicture_data()
+{
+    QTest::addColumn<Mode>("mode");
+    QTest::addColumn<double>("pan");
+    QTest::addColumn<QList<Probe>>("probes");
+
+    // The 9:16 box of a 640 × 360 view spans x 218.75 … 421.25.
+    const QList<Probe> outsideTheBox{{{100, 180}, 'k'}, {{540, 180}, 'k'}, {{212, 20}, 'k'}};
+    QTest::newRow("normal shows all three columns")
+        << Mode::normal << 0.0
+        << QList<Probe>{{{100, 180}, 'r'}, {{320, 180}, 'g'}, {{540, 180}, 'b'}};
+    QTest::newRow("fill shows the centre in the box")
+        << Mode::fill << 0.0
+        << outsideTheBox + QList<Probe>{{{225, 180}, 'g'}, {{320, 20}, 'g'}, {{415, 340}, 'g'}};
+    QTest::newRow("rotate turns the left column to the top")
+        << Mode::rotate << 0.0
+        << outsideTheBox + QList<Probe>{{{320, 30}, 'r'}, {{320, 180}, 'g'}, {{320, 330}, 'b'}};
+    QTest::newRow("manual pan 1 shows the left column")
+        << Mode::manual << 1.0
+        << outsideTheBox + QList<Probe>{{{230, 180}, 'r'}, {{400, 180}, 'r'}};
+    QTest::newRow("manual pan -1 shows the right column")
+        << Mode::manual << -1.0
+        << outsideTheBox + QList<Probe>{{{240, 180}, 'b'}, {{410, 180}, 'b'}};
+}
+
+void tst_PlayerSurface::modesPlaceThePicture()
+{
+    QFETCH(Mode, mode);
+    QFETCH(double, pan);
+    QFETCH(QList<Probe>, probes);
+
+    showPausedClip();
+    PlayerHostingView *view = hostingView();
+    QCOMPARE(mismatches(view->grabFramebuffer(), {{{100, 180}, 'r'}}), QString());
+
+    // The first frame drawn after the switch already has the new geometry.
+    m_surface->setPortraitMode(mode);
+    view->setHorizontalPan(pan);
+    QCOMPARE(mismatches(view->grabFramebuffer(), probes), QString());
+
+    const QRect recorded = view->recordingRectInView();
+    QCOMPARE(recorded, mode == Mode::normal ? view->rect() : QRect(219, 0, 202, 360));
+}
+
+void tst_PlayerSurface::dragInManualPansByAShareOfTheWidth()
+{
+    showPausedClip();
+    m_surface->setPortraitMode(Mode::fill);
+    m_surface->setPortraitMode(Mode::manual);
+    PlayerHostingView *view = hostingView();
+    QSignalSpy clicked(&AppNotifier::shared(), &AppNotifier::playerSurfaceClicked);
+    // 35% of 640 px to the right takes the pan from 0 to 1; half of it back, to 0.5.
+    QTest::mousePress(view, Qt::LeftButton, {}, QPoint(100, 180));
+    QTest::mouseMove(view, QPoint(212, 180));
+    QCOMPARE(view->horizontalPan(), 0.5);
+    QTest::mouseMove(view, QPoint(324, 180));
+    QCOMPARE(view->horizontalPan(), 1.0);
+    QTest::mouseMove(view, QPoint(600, 180));
+    QCOMPARE(view->horizontalPan(), 1.0);
+    QTest::mouseRelease(view, Qt::LeftButton, {}, QPoint(600, 180));
+    QCOMPARE(clicked.count(), 1);
+    QCOMPARE(mismatches(view->grabFramebuffer(), {{{300, 180}, 'r'}}), QString());
+
+    // The framing survives smart mode and back; fill starts centred again.
+    m_surface->setPortraitMode(Mode::smart);
+    m_surface->setPortraitMode(Mode::manual);
+    QCOMPARE(view->horizontalPan(), 1.0);
+    m_surface->setPortraitMode(Mode::fill);
+    QCOMPARE(view->horizontalPan(), 0.0);
+}
+
+void tst_PlayerSurface::doubleClickTogglesFullScreenOnly()
+{
+    PlayerHostingView *view = hostingView();
+    m_surface->setPortraitMode(Mode::manual);
+    QSignalSpy clicked(&AppNotifier::shared(), &AppNotifier::playerSurfaceClicked);
+    // As the window system delivers it: a click, then the double-click press. The first is a
+    // click like any other; the second only toggles full screen.
+    const auto doubleClick = [view] {
+        QTest::mouseClick(view, Qt::LeftButton, {}, QPoint(320, 180));
+        QTest::mouseDClick(view, Qt::LeftButton, {}, QPoint(320, 180));
+    };
+    // Without a window manager the X server never confirms full screen and the window falls
+    // back at once, so what can be seen is the state asked of the window.
+    StateRecorder states(m_surface.get());
+    doubleClick();
+    QCOMPARE(clicked.count(), 1);
+    QCOMPARE(clicked.first().first().value<QObject *>(), m_surface->windowHandle());
+    QVERIFY(!states.asked.isEmpty());
+    QVERIFY(states.asked.first() & Qt::WindowFullScreen);
+    doubleClick();
+    QCOMPARE(clicked.count(), 2);
+    QCOMPARE(view->horizontalPan(), 0.0);
+}
+
+void tst_PlayerSurface::nothingIsDrawnWhileNothingChanges()
+{
+    showPausedClip();
+    PlayerHostingView *view = hostingView();
+    QTest::qWait(300);
+    QSignalSpy swapped(view, &QOpenGLWidget::frameSwapped);
+    QTest::qWait(700);
+    QCOMPARE(swapped.count(), 0);
+    m_model->togglePlayback();
+    QTRY_VERIFY(swapped.count() >= 5);
+}
+
+void tst_PlayerSurface::surfaceShowsOnePlayerAndThePrompt()
+{
+    QVERIFY(qobject_cast<PlayerLayerView *>(m_surface->currentPlayer()));
+    QVERIFY(m_surface->isPromptShown());
+    QCOMPARE(PlayerSurfaceRegistry::shared().surfaceView(), hostingView());
+
+    m_model->openRemote(u"https://www.youtube.com/watch?v=abc", std::nullopt);
+    QTRY_VERIFY(qobject_cast<YouTubePlayerView *>(m_surface->currentPlayer()));
+    QVERIFY(!m_surface->isPromptShown());
+    QVERIFY(PlayerSurfaceRegistry::shared().surfaceView() != nullptr);
+    QVERIFY(!qobject_cast<PlayerLayerView *>(m_surface->currentPlayer()));
+
+    // Back to the engine: a new picture, which plays.
+    showPausedClip();
+    QVERIFY(!m_surface->isPromptShown());
+    QCOMPARE(PlayerSurfaceRegistry::shared().surfaceView(), hostingView());
+    m_model->stop();
+    QVERIFY(m_surface->isPromptShown());
+}
+
+void tst_PlayerSurface::badgeShowsForLiveStreamsOnly_data()
+{
+    QTest::addColumn<bool>("live");
+    QTest::newRow("live stream") << true;
+    QTest::newRow("media on demand") << false;
+}
+
+void tst_PlayerSurface::badgeShowsForLiveStreamsOnly()
+{
+    QFETCH(bool, live);
+    TestHttpServer server;
+    TestHttpReply silent;
+    silent.neverAnswer = true;
+    server.route("/stream.m3u8", silent);
+    m_model->play(*WebAddress::fromText(server.url(QStringLiteral("/stream.m3u8"))), {}, live);
+    QTRY_VERIFY(m_model->isBuffering() == live);
+    QTest::qWait(600);
+    QCOMPARE(m_surface->isBufferingBadgeShown(), live);
+    m_model->stop();
+    QVERIFY(!m_surface->isBufferingBadgeShown());
+}
+
+int main(int argc, char **argv)
+{
+    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+    QApplication application(argc, argv);
+    tst_PlayerSurface test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_PlayerSurface.moc"
