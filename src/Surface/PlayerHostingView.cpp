@@ -193,7 +193,8 @@ void PlayerHostingView::freeRenderContext()
 
 void PlayerHostingView::frameReady()
 {
-    if (!m_render)
+    // mpv also calls for changes that need no new picture; only a frame is worth a repaint.
+    if (!m_render || !(mpv_render_context_update(m_render) & MPV_RENDER_UPDATE_FRAME))
         return;
     // Hidden, the widget is not repainted, yet mpv waits for its frames to be taken: draw them
     // anyway so that playback, and its sound, go on.
