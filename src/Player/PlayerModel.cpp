@@ -220,6 +220,12 @@ void PlayerModel::skip(double seconds)
         m_engine.seekExact(std::max(std::min(m_currentTime + seconds, m_duration), 0.0));
 }
 
+void PlayerModel::seek(double seconds)
+{
+    if (std::isfinite(seconds) && m_engine.hasMedia())
+        m_engine.seekExact(std::max(seconds, 0.0));
+}
+
 void PlayerModel::setVolume(double value)
 {
     if (std::isnan(value))

@@ -107,6 +107,8 @@ public:
     void stop();
     void togglePlayback();
     void skip(double seconds);
+    // To that position of the engine's media, exactly; nothing without media.
+    void seek(double seconds);
     void setVolume(double value);
     void adjustVolume(double delta);
     void toggleMute();

@@ -4,25 +4,75 @@
 #include <QPainter>
 #include <QSvgRenderer>
 
-#include <utility>
+#include <QIcon>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-// Symbol name → file of the set under :/symbols.
-constexpr std::pair<QStringView, QStringView> symbolFiles[] = {
-    {u"play.rectangle", u"square-play.svg"},
+struct Symbol
+{
+    QStringView name;
+    QStringView file; // under :/symbols
+    bool filled;      // the set draws outlines; ".fill" symbols are drawn filled as well
 };
+
+constexpr Symbol symbols[] = {
+    {u"play.rectangle", u"square-play.svg", false},
+    {u"backward.fill", u"rewind.svg", true},
+    {u"forward.fill", u"fast-forward.svg", true},
+    {u"play.fill", u"play.svg", true},
+    {u"pause.fill", u"pause.svg", true},
+    {u"stop.fill", u"square.svg", true},
+    {u"list.bullet", u"list.svg", false},
+    {u"speaker.slash.fill", u"volume-x.svg", false},
+    {u"speaker.wave.2.fill", u"volume-2.svg", false},
+    {u"rectangle", u"rectangle-horizontal.svg", false},
+    {u"rectangle.portrait", u"rectangle-vertical.svg", false},
+    {u"rectangle.portrait.fill", u"rectangle-vertical.svg", true},
+    {u"rotate.right", u"rotate-cw.svg", false},
+    {u"hand.draw", u"hand.svg", false},
+    {u"viewfinder", u"scan.svg", false},
+    {u"checkmark.circle.fill", u"circle-check.svg", false},
+    {u"record.circle", u"circle-dot.svg", false},
+    {u"record.circle.fill", u"circle.svg", true},
+    {u"arrow.up.left.and.arrow.down.right", u"maximize-2.svg", false},
+    {u"antenna.radiowaves.left.and.right", u"radio-tower.svg", false},
+    {u"list.and.film", u"list-video.svg", false},
+    {u"plus", u"plus.svg", false},
+    {u"trash", u"trash-2.svg", false},
+    {u"pencil", u"pencil.svg", false},
+    {u"bookmark", u"bookmark-plus.svg", false},
+    {u"bookmark.fill", u"bookmark-check.svg", false},
+    {u"xmark.circle", u"circle-x.svg", false},
+    {u"textformat", u"type.svg", false},
+    {u"square.and.arrow.up", u"share.svg", false},
+    {u"doc.badge.arrow.up", u"file-up.svg", false},
+    {u"photo", u"image.svg", false},
+};
+
+const Symbol *symbolNamed(QStringView name)
+{
+    for (const Symbol &symbol : symbols)
+        if (symbol.name == name)
+            return &symbol;
+    return nullptr;
+}
 
 } // namespace
 
 QString SymbolIcons::resourcePath(QStringView symbolName)
 {
-    for (const auto &[name, file] : symbolFiles)
-        if (name == symbolName)
-            return u":/symbols/"_s + file.toString();
-    return {};
+    const Symbol *symbol = symbolNamed(symbolName);
+    return symbol ? u":/symbols/"_s + symbol->file.toString() : QString();
+}
+
+QIcon SymbolIcons::icon(QStringView symbolName, const QColor &color, int size)
+{
+    QIcon icon;
+    for (const qreal ratio : {1.0, 2.0})
+        icon.addPixmap(pixmap(symbolName, size, color, ratio));
+    return icon;
 }
 
 QPixmap SymbolIcons::pixmap(QStringView symbolName, int size, const QColor &color,
@@ -33,7 +83,10 @@ QPixmap SymbolIcons::pixmap(QStringView symbolName, int size, const QColor &colo
         return {};
     // The set strokes in "currentColor", which the SVG renderer leaves black: paint it in ours.
     QByteArray svg = file.readAll();
-    svg.replace("currentColor", color.name(QColor::HexRgb).toLatin1());
+    const QByteArray colour = color.name(QColor::HexRgb).toLatin1();
+    if (symbolNamed(symbolName)->filled)
+        svg.replace("fill=\"none\"", "fill=\"" + colour + '"');
+    svg.replace("currentColor", colour);
     QSvgRenderer renderer(svg);
     const int pixels = qRound(size * devicePixelRatio);
     QPixmap picture(pixels, pixels);

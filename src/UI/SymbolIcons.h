@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QColor>
+#include <QIcon>
 #include <QPixmap>
 #include <QStringView>
 
@@ -15,6 +16,8 @@ public:
     static QString resourcePath(QStringView symbolName);
     // The symbol drawn in that colour (alpha included), size × size device-independent pixels
     // at the device pixel ratio given. A null pixmap for an unknown name.
+    // The symbol as an icon in that colour, at 1× and 2×.
+    static QIcon icon(QStringView symbolName, const QColor &color = Qt::white, int size = 16);
     static QPixmap pixmap(QStringView symbolName, int size, const QColor &color,
                           qreal devicePixelRatio = 1);
 };

@@ -1,0 +1,218 @@
+#include "UI/ContentState.h"
+
+#include "Player/PlayerModel.h"
+#include "Player/RemoteAddress.h"
+#include "Playlist/ChannelListModel.h"
+#include "Playlist/LocalM3UStore.h"
+#include "UI/WindowTiming.h"
+#include "Web/WebAddress.h"
+
+ContentState::ContentState(PlayerModel &model, LocalM3UStore &store, QObject *parent)
+    : QObject(parent), m_model(model),
+      m_networkChannels(new ChannelListModel(ChannelListModel::Rows::networkChannels, this)),
+      m_localLinks(new ChannelListModel(ChannelListModel::Rows::savedLinks, this))
+{
+    m_autoOpen.setSingleShot(true);
+    m_autoOpen.setInterval(WindowTiming::automaticOpenDelay);
+    connect(&m_autoOpen, &QTimer::timeout, this, [this] {
+        // Only if the field still names the address that was waited for.
+        if (RemoteAddress::normalizedRemoteAddress(m_address) == m_autoOpenAddress)
+            m_model.openRemote(m_autoOpenAddress, m_movieName);
+    });
+    m_controlsHide.setSingleShot(true);
+    m_controlsHide.setInterval(WindowTiming::fullScreenControlsHideDelay);
+    connect(&m_controlsHide, &QTimer::timeout, this, [this] { setControlsVisible(false); });
+    m_cursorHide.setSingleShot(true);
+    m_cursorHide.setInterval(WindowTiming::cursorHideDelay);
+    connect(&m_cursorHide, &QTimer::timeout, this, &ContentState::cursorHideDue);
+    m_fullScreenSettle.setSingleShot(true);
+    m_fullScreenSettle.setInterval(WindowTiming::fullScreenSettleDelay);
+    connect(&m_fullScreenSettle, &QTimer::timeout, this, [this] {
+        if (m_isFullScreen)
+            showFullScreenControls();
+        else
+            setControlsVisible(true);
+        Q_EMIT fullScreenSettled();
+    });
+
+    connect(&m_model, &PlayerModel::playlistChanged, this,
+            [this] { m_networkChannels->setEntries(m_model.playlist()); });
+    connect(&store, &LocalM3UStore::entriesChanged, this,
+            [this, &store] { m_localLinks->setEntries(store.entries()); });
+    m_networkChannels->setEntries(m_model.playlist());
+    m_localLinks->setEntries(store.entries());
+}
+
+ContentState::~ContentState() = default;
+
+QString ContentState::cleaned(const QString &text)
+{
+    QString result = text;
+    result.remove(QChar(13));
+    result.remove(QChar(10));
+    qsizetype start = 0;
+    qsizetype end = result.size();
+    const auto blank = [](QChar c) { return c == u' ' || c == u'\t'; };
+    while (start < end && blank(result.at(start)))
+        ++start;
+    while (end > start && blank(result.at(end - 1)))
+        --end;
+    return result.mid(start, end - start);
+}
+
+void ContentState::setAddress(const QString &address)
+{
+    if (address == m_address)
+        return;
+    m_address = address;
+    const QString clean = cleaned(address);
+    if (clean != address) {
+        // Writing the cleaned text back is itself a change, handled in full.
+        m_address = QString();
+        setAddress(clean);
+        return;
+    }
+    Q_EMIT addressChanged();
+    if (clean.isEmpty())
+        m_model.discardLastRemoteSource();
+    scheduleAutomaticOpen(clean);
+}
+
+void ContentState::scheduleAutomaticOpen(const QString &text)
+{
+    m_autoOpen.stop();
+    const QString normalized = RemoteAddress::normalizedRemoteAddress(text);
+    const std::optional<WebAddress> url = WebAddress::fromText(normalized);
+    if (!url)
+        return;
+    const QString scheme = url->scheme().toLower();
+    if (scheme != u"http" && scheme != u"https")
+        return;
+    m_autoOpenAddress = normalized;
+    m_autoOpen.start();
+}
+
+void ContentState::openStream()
+{
+    m_autoOpen.stop();
+    // From the event loop, as a separate task: the field's own signal handling finishes first.
+    QTimer::singleShot(0, this, [this] { m_model.openRemote(m_address, m_movieName); });
+}
+
+void ContentState::clearNetworkStream()
+{
+    m_autoOpen.stop();
+    m_address.clear();
+    Q_EMIT addressChanged();
+    m_model.clearNetworkStream();
+}
+
+void ContentState::setMovieName(const QString &name)
+{
+    if (name == m_movieName)
+        return;
+    m_movieName = name;
+    Q_EMIT movieNameChanged();
+    m_model.updateStreamTitle(name);
+}
+
+void ContentState::setShowMovieName(bool show)
+{
+    if (show == m_showMovieName)
+        return;
+    m_showMovieName = show;
+    Q_EMIT showMovieNameChanged();
+}
+
+void ContentState::setSelectedSidebarSection(std::optional<PlayerSidebarSection> section)
+{
+    if (section == m_section)
+        return;
+    m_section = section;
+    Q_EMIT selectedSidebarSectionChanged();
+}
+
+void ContentState::setShowSidebar(bool show)
+{
+    if (show == m_showSidebar)
+        return;
+    m_showSidebar = show;
+    Q_EMIT showSidebarChanged();
+}
+
+void ContentState::selectDisplayMode(PortraitDisplayMode mode)
+{
+    if (mode != m_portraitMode) {
+        m_portraitMode = mode;
+        Q_EMIT portraitModeChanged();
+    }
+    if (mode != PortraitDisplayMode::normal)
+        setShowSidebar(false);
+}
+
+void ContentState::setFullScreen(bool fullScreen)
+{
+    if (fullScreen == m_isFullScreen)
+        return;
+    m_isFullScreen = fullScreen;
+    Q_EMIT isFullScreenChanged();
+    m_fullScreenSettle.start();
+}
+
+void ContentState::setControlsVisible(bool visible)
+{
+    if (visible == m_fullScreenControlsVisible)
+        return;
+    m_fullScreenControlsVisible = visible;
+    Q_EMIT fullScreenControlsVisibleChanged();
+}
+
+void ContentState::showFullScreenControls()
+{
+    m_controlsHide.stop();
+    setControlsVisible(true);
+    if (m_isFullScreen)
+        m_controlsHide.start();
+}
+
+void ContentState::noteMouseMoved(bool overPlayer)
+{
+    showFullScreenControls();
+    m_cursorHide.stop();
+    if (m_model.isPlaying() && overPlayer)
+        m_cursorHide.start();
+}
+
+void ContentState::setChannelSearch(const QString &search)
+{
+    if (search == m_channelSearch)
+        return;
+    m_channelSearch = search;
+    applyFilters();
+}
+
+void ContentState::setSelectedCountryCode(const std::optional<QString> &code)
+{
+    if (code == m_countryCode)
+        return;
+    m_countryCode = code;
+    applyFilters();
+}
+
+void ContentState::setSelectedCategory(const std::optional<QString> &category)
+{
+    if (category == m_category)
+        return;
+    m_category = category;
+    applyFilters();
+}
+
+void ContentState::applyFilters()
+{
+    for (ChannelListModel *list : {m_networkChannels, m_localLinks}) {
+        list->setChannelSearch(m_channelSearch);
+        list->setSelectedCountryCode(m_countryCode);
+        list->setSelectedCategory(m_category);
+    }
+    Q_EMIT filtersChanged();
+}

@@ -1,0 +1,196 @@
+// The main window's state against a real headless player and a local HTTP server: the address
+// field's cleaning and automatic opening, the display-mode rule for the sidebar, and the
+// full-screen controls and cursor timing.
+
+#include "Player/PlayerModel.h"
+#include "Playlist/LocalM3UStore.h"
+#include "TestHome.h"
+#include "TestHttpServer.h"
+#include "UI/ContentState.h"
+#include "UI/PlayerTimeText.h"
+
+#include <QElapsedTimer>
+#include <QSignalSpy>
+#include <QTest>
+
+class tst_ContentState : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void timesHaveNoHours_data();
+    void timesHaveNoHours();
+    void addressIsCleaned_data();
+    void addressIsCleaned();
+    void httpAddressOpensAfterCalm();
+    void typingPostponesTheOpening();
+    void otherSchemesNeverOpenByThemselves_data();
+    void otherSchemesNeverOpenByThemselves();
+    void emptyingTheAddressForgetsTheNetworkSource();
+    void portraitModesHideTheSidebar();
+    void fullScreenControlsAndCursorHideOnTime();
+
+private:
+    std::unique_ptr<TestHttpServer> m_server;
+    std::unique_ptr<PlayerModel> m_model;
+    std::unique_ptr<ContentState> m_state;
+};
+
+void tst_ContentState::initTestCase()
+{
+    useTemporaryHome();
+    m_server = std::make_unique<TestHttpServer>();
+    m_server->route("/list.m3u",
+                    TestHttpReply::of(200, "OK", "#EXTM3U\n#EXTINF:-1,One\nhttp://a/1.m3u8\n",
+                                      "audio/x-mpegurl"));
+}
+
+void tst_ContentState::init()
+{
+    m_model = std::make_unique<PlayerModel>(MpvEngine::Output::headless);
+    m_state = std::make_unique<ContentState>(*m_model, LocalM3UStore::shared());
+}
+
+void tst_ContentState::cleanup()
+{
+    m_state.reset();
+    m_model.reset();
+}
+
+void tst_ContentState::timesHaveNoHours_data()
+{
+    QTest::addColumn<double>("duration");
+    QTest::addColumn<double>("position");
+    QTest::addColumn<QString>("current");
+    QTest::addColumn<QString>("remaining");
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    QTest::newRow("unknown duration") << 0.0 << 0.0 << u"00:00"_qs << u"00:00"_qs;
+    QTest::newRow("a fraction is cut") << 120.0 << 59.9 << u"00:59"_qs << u"01:00"_qs;
+    QTest::newRow("an hour is sixty minutes") << 4503.0 << 3600.0 << u"60:00"_qs << u"15:03"_qs;
+    QTest::newRow("live past its duration") << 10.0 << 25.0 << u"00:25"_qs << u"00:00"_qs;
+    QTest::newRow("not a number") << nan << nan << u"00:00"_qs << u"00:00"_qs;
+}
+
+void tst_ContentState::timesHaveNoHours()
+{
+    QFETCH(double, duration);
+    QFETCH(double, position);
+    QFETCH(QString, current);
+    QFETCH(QString, remaining);
+    QCOMPARE(PlayerTimeText::time(position), current);
+    QCOMPARE(PlayerTimeText::remaining(duration, position), remaining);
+}
+
+void tst_ContentState::addressIsCleaned_data()
+{
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QString>("kept");
+    QTest::newRow("trailing line break")
+        << u"https://a.example/x.m3u8\r\n"_qs << u"https://a.example/x.m3u8"_qs;
+    QTest::newRow("spaces and tabs around")
+        << u" \thttps://a.example/x \t"_qs << u"https://a.example/x"_qs;
+    QTest::newRow("a break inside joins the halves")
+        << u"https://a.exam\nple/x"_qs << u"https://a.example/x"_qs;
+    QTest::newRow("inner spaces stay") << u"a b"_qs << u"a b"_qs;
+}
+
+void tst_ContentState::addressIsCleaned()
+{
+    QFETCH(QString, typed);
+    QFETCH(QString, kept);
+    m_state->setAddress(typed);
+    QCOMPARE(m_state->address(), kept);
+}
+
+void tst_ContentState::httpAddressOpensAfterCalm()
+{
+    QElapsedTimer clock;
+    clock.start();
+    m_state->setAddress(m_server->url(u"/list.m3u"_qs));
+    QTest::qWait(300);
+    QCOMPARE(m_server->requestCount("/list.m3u"), 0);
+    QTRY_COMPARE(m_model->playlist().size(), 1);
+    QVERIFY(clock.elapsed() >= 450);
+    QCOMPARE(m_server->requestCount("/list.m3u"), 1);
+}
+
+void tst_ContentState::typingPostponesTheOpening()
+{
+    const int before = m_server->requestCount("/list.m3u");
+    m_state->setAddress(m_server->url(u"/list.m3"_qs));
+    QTest::qWait(300);
+    m_state->setAddress(m_server->url(u"/list.m3u"_qs));
+    QTest::qWait(300);
+    // 600 ms after the first keystroke, 300 ms after the last: nothing yet.
+    QCOMPARE(m_server->requestCount("/list.m3u"), before);
+    QTRY_COMPARE(m_server->requestCount("/list.m3u"), before + 1);
+    QCOMPARE(m_server->requestCount("/list.m3"), 0);
+}
+
+void tst_ContentState::otherSchemesNeverOpenByThemselves_data()
+{
+    QTest::addColumn<QString>("address");
+    QTest::newRow("rtmp") << u"rtmp://127.0.0.1/live/stream"_qs;
+    QTest::newRow("file") << u"file:///tmp/list.m3u"_qs;
+    QTest::newRow("not an address") << u"just words"_qs;
+}
+
+void tst_ContentState::otherSchemesNeverOpenByThemselves()
+{
+    QFETCH(QString, address);
+    QSignalSpy loading(m_model.get(), &PlayerModel::isLoadingChanged);
+    QSignalSpy errors(m_model.get(), &PlayerModel::errorMessageChanged);
+    m_state->setAddress(address);
+    QTest::qWait(900);
+    QCOMPARE(loading.count(), 0);
+    QCOMPARE(errors.count(), 0);
+    // Play does open it, and the model explains why it cannot.
+    m_state->openStream();
+    QTRY_VERIFY(m_model->errorMessage().has_value());
+}
+
+void tst_ContentState::emptyingTheAddressForgetsTheNetworkSource()
+{
+    m_state->setAddress(m_server->url(u"/stream.m3u8"_qs));
+    m_state->openStream();
+    QTRY_VERIFY(m_model->lastPlayableSource().has_value());
+    m_state->setAddress(QString());
+    QVERIFY(!m_model->lastPlayableSource().has_value());
+}
+
+void tst_ContentState::portraitModesHideTheSidebar()
+{
+    m_state->setShowSidebar(false);
+    m_state->selectDisplayMode(PortraitDisplayMode::normal);
+    QVERIFY(!m_state->showSidebar());
+    m_state->setShowSidebar(true);
+    m_state->selectDisplayMode(PortraitDisplayMode::normal);
+    QVERIFY(m_state->showSidebar());
+    m_state->selectDisplayMode(PortraitDisplayMode::rotate);
+    QVERIFY(!m_state->showSidebar());
+    QCOMPARE(m_state->portraitMode(), PortraitDisplayMode::rotate);
+}
+
+void tst_ContentState::fullScreenControlsAndCursorHideOnTime()
+{
+    QSignalSpy cursor(m_state.get(), &ContentState::cursorHideDue);
+    QSignalSpy settled(m_state.get(), &ContentState::fullScreenSettled);
+    QElapsedTimer clock;
+    clock.start();
+    m_state->setFullScreen(true);
+    QVERIFY(settled.wait(1000));
+    QVERIFY(clock.elapsed() >= 180);
+    QVERIFY(m_state->fullScreenControlsVisible());
+    QTest::qWait(1500);
+    m_state->noteMouseMoved(true); // paused: the cursor stays
+    QTest::qWait(1500);
+    QVERIFY(m_state->fullScreenControlsVisible());
+    QTRY_VERIFY_WITH_TIMEOUT(!m_state->fullScreenControlsVisible(), 2000);
+    QCOMPARE(cursor.count(), 0);
+}
+
+QTEST_GUILESS_MAIN(tst_ContentState)
+#include "tst_ContentState.moc"
