@@ -11,19 +11,11 @@
 #include <QFileInfo>
 #include <QTimer>
 
-#include <sys/resource.h>
+#include "ProcessCpu.h"
 
 #include <cstdio>
 
 namespace {
-double cpuSeconds()
-{
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    const auto seconds = [](const timeval &t) { return double(t.tv_sec) + t.tv_usec / 1e6; };
-    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
-}
-
 int usage()
 {
     std::fputs("usage: velm-bench-playback first-frame FILE | play FILE SECONDS\n", stderr);
@@ -54,7 +46,7 @@ int main(int argc, char **argv)
             &model.engine(), &MpvEngine::framesReady, &application,
             [&, seconds] {
                 QTimer::singleShot(seconds * 1000, &application, [&] {
-                    std::printf("{\"cpu\":%.3f}\n", cpuSeconds());
+                    std::printf("{\"cpu\":%.3f}\n", processCpuSeconds());
                     application.quit();
                 });
             },

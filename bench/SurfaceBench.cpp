@@ -11,19 +11,11 @@
 #include <QFileInfo>
 #include <QTimer>
 
-#include <sys/resource.h>
+#include "ProcessCpu.h"
 
 #include <cstdio>
 
 namespace {
-double cpuSeconds()
-{
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    const auto seconds = [](const timeval &t) { return double(t.tv_sec) + t.tv_usec / 1e6; };
-    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
-}
-
 int usage()
 {
     std::fputs("usage: velm-bench-surface normal|fill|rotate|manual WIDTHxHEIGHT SECONDS FILE\n",
@@ -77,14 +69,14 @@ int main(int argc, char **argv)
                 counting = true;
                 decoderDropsAtStart = model.engine().decoderDroppedFrames();
                 outputDropsAtStart = model.engine().outputDroppedFrames();
-                cpuAtStart = cpuSeconds();
+                cpuAtStart = processCpuSeconds();
                 QTimer::singleShot(seconds * 1000, &application, [&] {
                     std::printf(
                         "{\"fps\":%.2f,\"decoderDrops\":%lld,\"outputDrops\":%lld,\"cpu\":%.3f}\n",
                         double(frames) / seconds,
                         model.engine().decoderDroppedFrames() - decoderDropsAtStart,
                         model.engine().outputDroppedFrames() - outputDropsAtStart,
-                        cpuSeconds() - cpuAtStart);
+                        processCpuSeconds() - cpuAtStart);
                     application.quit();
                 });
             });
