@@ -12,6 +12,9 @@ ContentState::ContentState(PlayerModel &model, LocalM3UStore &store, QObject *pa
       m_networkChannels(new ChannelListModel(ChannelListModel::Rows::networkChannels, this)),
       m_localLinks(new ChannelListModel(ChannelListModel::Rows::savedLinks, this))
 {
+    // Precise: a coarse timer may fire up to 5 % early, and these delays are promises to the user.
+    for (QTimer *timer : {&m_autoOpen, &m_controlsHide, &m_cursorHide, &m_fullScreenSettle})
+        timer->setTimerType(Qt::PreciseTimer);
     m_autoOpen.setSingleShot(true);
     m_autoOpen.setInterval(WindowTiming::automaticOpenDelay);
     connect(&m_autoOpen, &QTimer::timeout, this, [this] {
