@@ -255,7 +255,7 @@ void PlayerHostingView::renderFramed(const PlayerLayerLayout &layout, QSize pixe
                                      {MPV_RENDER_PARAM_FLIP_Y, &flip},
                                      {MPV_RENDER_PARAM_INVALID, nullptr}};
     mpv_render_context_render(m_render, parameters);
-    drawPicture(layout, aspect, pixels);
+    drawPicture(layout, corners, pixels);
 }
 
 bool PlayerHostingView::prepareFrameBuffer(QSize size)
@@ -270,7 +270,8 @@ bool PlayerHostingView::prepareFrameBuffer(QSize size)
     return true;
 }
 
-void PlayerHostingView::drawPicture(const PlayerLayerLayout &layout, double aspect, QSize pixels)
+void PlayerHostingView::drawPicture(const PlayerLayerLayout &layout,
+                                    const std::array<QPointF, 4> &corners, QSize pixels)
 {
     // mpv leaves the framebuffer, viewport, scissor and blending as it needed them.
     glBindFramebuffer(GL_FRAMEBUFFER, defaultFramebufferObject());
@@ -292,7 +293,6 @@ void PlayerHostingView::drawPicture(const PlayerLayerLayout &layout, double aspe
 
     // The buffer holds the picture with its bottom row first: the picture's top-left corner is
     // the texture's (0, 1).
-    const auto corners = PlayerLayerGeometry::pictureCorners(layout, aspect);
     constexpr std::array<std::array<float, 2>, 4> texture{{{0, 1}, {1, 1}, {1, 0}, {0, 0}}};
     const double w = width();
     const double h = height();

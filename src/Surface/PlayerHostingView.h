@@ -8,6 +8,7 @@
 #include <QOpenGLWidget>
 #include <QPointer>
 
+#include <array>
 #include <memory>
 #include <optional>
 
@@ -84,7 +85,9 @@ private:
     void renderDirect(QSize pixels);
     void renderFramed(const PlayerLayerLayout &layout, QSize pixels);
     bool prepareFrameBuffer(QSize size);
-    void drawPicture(const PlayerLayerLayout &layout, double aspect, QSize pixels);
+    // corners: where the picture's top-left, top-right, bottom-right and bottom-left go.
+    void drawPicture(const PlayerLayerLayout &layout, const std::array<QPointF, 4> &corners,
+                     QSize pixels);
     void startWindowDrag(QMouseEvent *event);
 
     QPointer<MpvEngine> m_player;

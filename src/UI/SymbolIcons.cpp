@@ -2,6 +2,7 @@
 
 #include <QFile>
 #include <QPainter>
+#include <QPixmapCache>
 #include <QSvgRenderer>
 
 #include <QIcon>
@@ -78,6 +79,14 @@ QIcon SymbolIcons::icon(QStringView symbolName, const QColor &color, int size)
 QPixmap SymbolIcons::pixmap(QStringView symbolName, int size, const QColor &color,
                             qreal devicePixelRatio)
 {
+    // Buttons and the prompt ask again on every state change and paint: render each variant once.
+    const QString key = u"symbol:%1:%2:%3:%4"_s.arg(symbolName)
+                            .arg(size)
+                            .arg(color.name(QColor::HexArgb))
+                            .arg(devicePixelRatio);
+    QPixmap cached;
+    if (QPixmapCache::find(key, &cached))
+        return cached;
     QFile file(resourcePath(symbolName));
     if (file.fileName().isEmpty() || !file.open(QIODevice::ReadOnly))
         return {};
@@ -96,5 +105,6 @@ QPixmap SymbolIcons::pixmap(QStringView symbolName, int size, const QColor &colo
     renderer.render(&painter);
     painter.end();
     picture.setDevicePixelRatio(devicePixelRatio);
+    QPixmapCache::insert(key, picture);
     return picture;
 }
