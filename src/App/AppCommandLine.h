@@ -7,8 +7,11 @@
 
 #include <optional>
 
+#include <optional>
+
 // The player's command line: "velmplayerpro [--help] [--version] [--ipc-server PATH]
-// [FILE|URL]…". Read before any GUI object exists, so --help and --version work without a display.
+// [--screenshot PATH [--after SECONDS]] [FILE|URL]…". Read before any GUI object exists, so --help
+// and --version work without a display.
 struct AppCommandLine
 {
     // What a source of the command line asks for: a typed address goes through the remote opening
@@ -22,8 +25,10 @@ struct AppCommandLine
     bool showHelp = false;
     bool showVersion = false;
     QString controlSocketPath; // --ipc-server; empty without one
-    QStringList sources;       // files and addresses to open, in order
-    QString error;             // non-empty for an unknown option or a missing value
+    QString screenshotPath;    // --screenshot: save a PNG of the window there, then quit
+    std::optional<double> screenshotAfter; // --after: seconds to wait instead of the first frame
+    QStringList sources;                   // files and addresses to open, in order
+    QString error;                         // non-empty for an unknown option or a missing value
 
     static AppCommandLine parse(const QStringList &arguments);
     static QString helpText();

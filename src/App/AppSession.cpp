@@ -3,18 +3,20 @@
 #include "App/AppCommandLine.h"
 #include "App/AppMenus.h"
 #include "App/ControlServer.h"
-#include "Surface/PlayerSurface.h"
+#include "UI/ContentView.h"
 
 #include <QDir>
 #include <QMenuBar>
 
 AppSession::AppSession()
     : m_fileChooser(&m_window), m_exportPrompts(&m_window),
-      m_localM3U(m_player, LocalM3UStore::shared()), m_commands(m_player, m_localM3U, m_window)
+      m_localM3U(m_player, LocalM3UStore::shared()),
+      m_content(new ContentView(m_player, m_localM3U)),
+      m_commands(m_player, m_localM3U, *m_content, m_window)
 {
     m_player.setFileChooser(&m_fileChooser);
     m_localM3U.setExportPrompts(&m_exportPrompts);
-    m_window.setContent(new PlayerSurface(m_player));
+    m_window.setContent(m_content);
     new AppMenus(*m_window.menuBar(), m_player); // owned by the menu bar
     connect(&m_window, &AppWindow::appeared, &m_player, &PlayerModel::installKeyboardShortcuts);
 }

@@ -13,6 +13,7 @@
 #include <memory>
 #include <optional>
 
+class ContentView;
 class ControlServer;
 
 // Everything the running application is made of, created once after the QApplication and torn
@@ -36,6 +37,7 @@ public:
 
     PlayerModel &player() { return m_player; }
     AppWindow &window() { return m_window; }
+    ContentView &content() { return *m_content; }
 
 private:
     PlayerModel m_player;
@@ -43,6 +45,7 @@ private:
     DialogMediaFileChooser m_fileChooser;
     DialogLocalM3UExportPrompts m_exportPrompts;
     LocalM3UActions m_localM3U;
+    ContentView *m_content; // owned by the window
     ControlCommands m_commands;
     std::unique_ptr<ControlServer> m_controlServer;
 };

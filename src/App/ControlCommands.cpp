@@ -1,10 +1,14 @@
 #include "App/ControlCommands.h"
 
+#include "App/ContentControlProperties.h"
 #include "App/ControlValues.h"
 #include "Player/PlayerModel.h"
+#include "Playlist/ChannelListModel.h"
 #include "Playlist/LocalM3UActions.h"
 #include "Playlist/PlaylistJson.h"
 #include "Playlist/PlaylistTexts.h"
+#include "UI/ContentState.h"
+#include "UI/ContentView.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -29,7 +33,7 @@ namespace {
 const QString invalidParameter = u"invalid parameter"_s;
 
 // The window's own state that the socket publishes, as QWidget properties.
-const QStringList windowProperties = {u"windowTitle"_s, u"isFullScreen"_s, u"width"_s, u"height"_s,
+const QStringList windowProperties = {u"windowTitle"_s, u"width"_s, u"height"_s,
                                       u"isActiveWindow"_s};
 
 bool isNumber(const QJsonValue &value)
@@ -58,8 +62,6 @@ std::optional<QJsonValue> windowProperty(const QWidget &window, const QString &n
 {
     if (!windowProperties.contains(name))
         return std::nullopt;
-    if (name == u"isFullScreen")
-        return window.isFullScreen();
     return ControlValues::toJson(window.property(name.toLatin1().constData()));
 }
 
@@ -114,9 +116,9 @@ QString typedText(const KeyPress &press)
 
 } // namespace
 
-ControlCommands::ControlCommands(PlayerModel &model, LocalM3UActions &localM3U, QWidget &window,
-                                 QObject *parent)
-    : QObject(parent), m_model(model), m_localM3U(localM3U), m_window(window)
+ControlCommands::ControlCommands(PlayerModel &model, LocalM3UActions &localM3U,
+                                 ContentView &content, QWidget &window, QObject *parent)
+    : QObject(parent), m_model(model), m_localM3U(localM3U), m_content(content), m_window(window)
 {}
 
 void ControlCommands::run(const QJsonArray &command, const Reply &reply)
@@ -130,6 +132,9 @@ void ControlCommands::run(const QJsonArray &command, const Reply &reply)
     };
     static const std::map<QString, Handler> handlers = {
         {u"get_property"_s, &ControlCommands::getProperty},
+        {u"set_property"_s, &ControlCommands::setProperty},
+        {u"filtered_count"_s, &ControlCommands::filteredCount},
+        {u"screenshot"_s, &ControlCommands::screenshot},
         {u"playlist_entry"_s, &ControlCommands::playlistEntry},
         {u"play"_s, &ControlCommands::play},
         {u"openRemote"_s, &ControlCommands::openRemote},
@@ -177,11 +182,56 @@ void ControlCommands::getProperty(const QJsonArray &arguments, const Reply &repl
             return;
         }
     }
+    if (std::optional<QJsonValue> value = ContentControlProperties(m_content).get(name)) {
+        reply({}, *value);
+        return;
+    }
     if (std::optional<QJsonValue> value = windowProperty(m_window, name)) {
         reply({}, *value);
         return;
     }
     reply(u"property not found"_s, {});
+}
+
+void ControlCommands::setProperty(const QJsonArray &arguments, const Reply &reply)
+{
+    if (arguments.size() != 2 || !arguments.at(0).isString())
+        return reply(invalidParameter, {});
+    const QString name = arguments.at(0).toString();
+    if (!ContentControlProperties::isKnown(name))
+        return reply(u"property not found or read-only: "_s + name, {});
+    if (const std::optional<QString> refusal =
+            ContentControlProperties(m_content).set(name, arguments.at(1)))
+        return reply(*refusal, {});
+    reply({}, {});
+}
+
+void ControlCommands::filteredCount(const QJsonArray &arguments, const Reply &reply)
+{
+    if (!arguments.isEmpty())
+        return reply(invalidParameter, {});
+    ChannelListModel &list = m_content.state().displayedChannels();
+    if (!list.isFiltering())
+        return reply({}, list.filteredCount());
+    // A long list is still being filtered: answer with the rows of the newest filter.
+    auto *connection = new QMetaObject::Connection;
+    *connection = connect(&list, &ChannelListModel::rowsSettled, this, [&list, reply, connection] {
+        if (list.isFiltering())
+            return;
+        QObject::disconnect(*connection);
+        delete connection;
+        reply({}, list.filteredCount());
+    });
+}
+
+void ControlCommands::screenshot(const QJsonArray &arguments, const Reply &reply)
+{
+    if (arguments.size() != 1 || !arguments.at(0).isString())
+        return reply(invalidParameter, {});
+    const QString path = arguments.at(0).toString();
+    if (!m_window.grab().save(path, "PNG"))
+        return reply(u"cannot write "_s + path, {});
+    reply({}, {});
 }
 
 void ControlCommands::playlistEntry(const QJsonArray &arguments, const Reply &reply)

@@ -7,6 +7,7 @@
 
 #include <functional>
 
+class ContentView;
 class LocalM3UActions;
 class PlayerModel;
 class QWidget;
@@ -22,8 +23,8 @@ class ControlCommands : public QObject
 public:
     using Reply = std::function<void(const QString &error, const QJsonValue &data)>;
 
-    ControlCommands(PlayerModel &model, LocalM3UActions &localM3U, QWidget &window,
-                    QObject *parent = nullptr);
+    ControlCommands(PlayerModel &model, LocalM3UActions &localM3U, ContentView &content,
+                    QWidget &window, QObject *parent = nullptr);
 
     void run(const QJsonArray &command, const Reply &reply);
 
@@ -32,6 +33,9 @@ private:
         std::function<void(ControlCommands &, const QJsonArray &arguments, const Reply &reply)>;
 
     void getProperty(const QJsonArray &arguments, const Reply &reply);
+    void setProperty(const QJsonArray &arguments, const Reply &reply);
+    void filteredCount(const QJsonArray &arguments, const Reply &reply);
+    void screenshot(const QJsonArray &arguments, const Reply &reply);
     void playlistEntry(const QJsonArray &arguments, const Reply &reply);
     void play(const QJsonArray &arguments, const Reply &reply);
     void openRemote(const QJsonArray &arguments, const Reply &reply);
@@ -48,5 +52,6 @@ private:
 
     PlayerModel &m_model;
     LocalM3UActions &m_localM3U;
+    ContentView &m_content;
     QWidget &m_window;
 };

@@ -3,6 +3,8 @@
 #include "App/AppSession.h"
 #include "App/AppStartup.h"
 #include "App/VelmApplication.h"
+#include "App/WindowScreenshot.h"
+#include "UI/PlayerTheme.h"
 
 #include <cstdio>
 
@@ -37,6 +39,7 @@ int main(int argc, char **argv)
     QCoreApplication::setApplicationName(AppIdentity::applicationName.toString());
     QCoreApplication::setApplicationVersion(AppIdentity::version.toString());
 
+    PlayerTheme::apply(application);
     AppSession session;
     if (!commandLine.controlSocketPath.isEmpty()) {
         if (const std::optional<QString> failure =
@@ -49,5 +52,9 @@ int main(int argc, char **argv)
     QObject::connect(&application, &VelmApplication::openRequested, &session, &AppSession::openURL);
     session.show();
     session.open(commandLine.sources);
+    std::optional<WindowScreenshot> screenshot;
+    if (!commandLine.screenshotPath.isEmpty())
+        screenshot.emplace(session, commandLine.screenshotPath, commandLine.screenshotAfter,
+                           !commandLine.sources.isEmpty());
     return application.exec();
 }

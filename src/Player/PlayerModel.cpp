@@ -1,6 +1,7 @@
 #include "Player/PlayerModel.h"
 
 #include "App/AppIdentity.h"
+#include "App/BackgroundTask.h"
 #include "App/PlayerKeyboardMonitor.h"
 #include "App/PlayerMouseMonitor.h"
 #include "Player/MediaFileChooser.h"
@@ -16,7 +17,6 @@
 
 #include <QFileInfo>
 #include <QPromise>
-#include <QtConcurrent/QtConcurrentRun>
 
 #include <algorithm>
 #include <climits>
@@ -422,9 +422,9 @@ QFuture<void> PlayerModel::loadM3U(const WebAddress &url, const std::optional<QS
                     return;
                 }
                 // Decoding and parsing take a while for big lists; the event loop goes on.
-                QtConcurrent::run([body, url] { return PlaylistReader::read(body, url); })
-                    .then(this, [this, requestID, displayName,
-                                 promise](const PlaylistReadResult &result) {
+                runInBackground(
+                    this, [body, url] { return PlaylistReader::read(body, url); },
+                    [this, requestID, displayName, promise](const PlaylistReadResult &result) {
                         publishLoadedPlaylist(requestID, result, displayName);
                         promise->finish();
                     });
@@ -469,26 +469,26 @@ PlayerModel::importLocalM3UFile(const QString &path, const std::optional<QString
     assign(m_errorMessage, std::optional<QString>(), &PlayerModel::errorMessageChanged);
     assign(m_isLoading, false, &PlayerModel::isLoadingChanged);
 
-    return QtConcurrent::run([path] { return PlaylistReader::readFile(path); })
-        .then(this,
-              [this, path, displayName,
-               requestID](const PlaylistReadResult &result) -> std::optional<QList<PlaylistEntry>> {
-                  if (requestID != m_remoteRequestID)
-                      return std::nullopt;
-                  if (!result.succeeded()) {
-                      assign(m_playlist, QList<PlaylistEntry>(), &PlayerModel::playlistChanged);
-                      assign(m_errorMessage,
-                             std::optional<QString>(PlayerTexts::playlistImportFailed.toString() +
-                                                    result.failure),
-                             &PlayerModel::errorMessageChanged);
-                      return std::nullopt;
-                  }
-                  const QFileInfo file(path);
-                  const QString fileTitle =
-                      file.completeBaseName().isEmpty() ? file.fileName() : file.completeBaseName();
-                  assign(m_playlist, result.entries, &PlayerModel::playlistChanged);
-                  assign(m_title, trimmedName(displayName).value_or(fileTitle),
-                         &PlayerModel::titleChanged);
-                  return result.entries;
-              });
+    return runInBackground(
+        this, [path] { return PlaylistReader::readFile(path); },
+        [this, path, displayName,
+         requestID](const PlaylistReadResult &result) -> std::optional<QList<PlaylistEntry>> {
+            if (requestID != m_remoteRequestID)
+                return std::nullopt;
+            if (!result.succeeded()) {
+                assign(m_playlist, QList<PlaylistEntry>(), &PlayerModel::playlistChanged);
+                assign(m_errorMessage,
+                       std::optional<QString>(PlayerTexts::playlistImportFailed.toString() +
+                                              result.failure),
+                       &PlayerModel::errorMessageChanged);
+                return std::nullopt;
+            }
+            const QFileInfo file(path);
+            const QString fileTitle =
+                file.completeBaseName().isEmpty() ? file.fileName() : file.completeBaseName();
+            assign(m_playlist, result.entries, &PlayerModel::playlistChanged);
+            assign(m_title, trimmedName(displayName).value_or(fileTitle),
+                   &PlayerModel::titleChanged);
+            return result.entries;
+        });
 }

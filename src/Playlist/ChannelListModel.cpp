@@ -1,11 +1,11 @@
 #include "Playlist/ChannelListModel.h"
 
+#include "App/BackgroundTask.h"
+
 #include "Playlist/CountryNames.h"
 #include "Playlist/PlaylistTexts.h"
 
 #include <QFuture>
-#include <QPromise>
-#include <QThreadPool>
 
 ChannelListModel::ChannelListModel(Rows rows, QObject *parent)
     : QAbstractListModel(parent), m_rowsKind(rows),
@@ -87,14 +87,7 @@ void ChannelListModel::refilter(bool listChanged)
     }
 
     setPendingGeneration(generation);
-    auto promise = std::make_shared<QPromise<Filtered>>();
-    QFuture<Filtered> future = promise->future();
-    QThreadPool::globalInstance()->start([promise, work]() mutable {
-        promise->start();
-        promise->addResult(work());
-        promise->finish();
-    });
-    future.then(this, [this, generation, newList](const Filtered &filtered) {
+    runInBackground(this, std::move(work), [this, generation, newList](const Filtered &filtered) {
         // A newer list or filter was asked for meanwhile: its own result will come.
         if (generation != m_generation)
             return;

@@ -196,6 +196,7 @@ void PlayerHostingView::frameReady()
     // mpv also calls for changes that need no new picture; only a frame is worth a repaint.
     if (!m_render || !(mpv_render_context_update(m_render) & MPV_RENDER_UPDATE_FRAME))
         return;
+    m_hasNewFrame = true;
     // Hidden, the widget is not repainted, yet mpv waits for its frames to be taken: draw them
     // anyway so that playback, and its sound, go on.
     if (isVisible() && !(window()->windowState() & Qt::WindowMinimized)) {
@@ -214,11 +215,14 @@ void PlayerHostingView::paintGL()
     glClear(GL_COLOR_BUFFER_BIT);
     if (!m_render)
         return;
-    if (m_displayMode == PortraitDisplayMode::normal) {
+    if (m_displayMode == PortraitDisplayMode::normal)
         renderDirect(pixels);
-        return;
+    else
+        renderFramed(currentLayout(), pixels);
+    if (m_hasNewFrame) {
+        m_hasNewFrame = false;
+        Q_EMIT frameShown();
     }
-    renderFramed(currentLayout(), pixels);
 }
 
 void PlayerHostingView::renderDirect(QSize pixels)

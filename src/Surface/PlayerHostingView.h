@@ -57,6 +57,8 @@ public:
 
 Q_SIGNALS:
     void horizontalPanChanged();
+    // A new video frame has been drawn.
+    void frameShown();
 
 protected:
     void initializeGL() override;
@@ -95,6 +97,7 @@ private:
     PortraitDisplayMode m_displayMode = PortraitDisplayMode::normal;
     bool m_fillScreen = false;
     double m_horizontalPan = 0;
+    bool m_hasNewFrame = false;
 
     std::unique_ptr<QOpenGLFramebufferObject> m_frame;
     std::unique_ptr<QOpenGLShaderProgram> m_program;

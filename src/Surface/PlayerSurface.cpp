@@ -2,6 +2,7 @@
 
 #include "Player/PlayerModel.h"
 #include "Surface/BufferingBadge.h"
+#include "Surface/PlayerHostingView.h"
 #include "Surface/PlayerLayerView.h"
 #include "Surface/PlayerPromptButton.h"
 #include "Web/OKVideoPlayerView.h"
@@ -59,6 +60,8 @@ void PlayerSurface::showPlayer()
             // goes before the new one is made.
             replacePlayer(nullptr);
             view = new PlayerLayerView(this);
+            connect(view->hostingView(), &PlayerHostingView::frameShown, this,
+                    &PlayerSurface::frameShown);
             replacePlayer(view);
         }
         view->apply(m_model.engine(), m_portraitMode, m_isFullScreen);

@@ -30,6 +30,10 @@ public:
     bool isPromptShown() const;
     bool isBufferingBadgeShown() const;
 
+Q_SIGNALS:
+    // The engine's picture has drawn a new video frame.
+    void frameShown();
+
 protected:
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;

@@ -3,12 +3,12 @@
 #include "Player/PlayerModel.h"
 #include "Player/RemoteAddress.h"
 #include "Playlist/ChannelListModel.h"
-#include "Playlist/LocalM3UStore.h"
+#include "Playlist/LocalM3UActions.h"
 #include "UI/WindowTiming.h"
 #include "Web/WebAddress.h"
 
-ContentState::ContentState(PlayerModel &model, LocalM3UStore &store, QObject *parent)
-    : QObject(parent), m_model(model),
+ContentState::ContentState(PlayerModel &model, LocalM3UActions &localM3U, QObject *parent)
+    : QObject(parent), m_model(model), m_localM3U(localM3U),
       m_networkChannels(new ChannelListModel(ChannelListModel::Rows::networkChannels, this)),
       m_localLinks(new ChannelListModel(ChannelListModel::Rows::savedLinks, this))
 {
@@ -20,7 +20,7 @@ ContentState::ContentState(PlayerModel &model, LocalM3UStore &store, QObject *pa
     connect(&m_autoOpen, &QTimer::timeout, this, [this] {
         // Only if the field still names the address that was waited for.
         if (RemoteAddress::normalizedRemoteAddress(m_address) == m_autoOpenAddress)
-            m_model.openRemote(m_autoOpenAddress, m_movieName);
+            m_model.openRemote(m_autoOpenAddress, movieNameToPass());
     });
     m_controlsHide.setSingleShot(true);
     m_controlsHide.setInterval(WindowTiming::fullScreenControlsHideDelay);
@@ -38,8 +38,8 @@ ContentState::ContentState(PlayerModel &model, LocalM3UStore &store, QObject *pa
         Q_EMIT fullScreenSettled();
     });
 
-    connect(&m_model, &PlayerModel::playlistChanged, this,
-            [this] { m_networkChannels->setEntries(m_model.playlist()); });
+    connect(&m_model, &PlayerModel::playlistChanged, this, &ContentState::takePublishedPlaylist);
+    LocalM3UStore &store = m_localM3U.store();
     connect(&store, &LocalM3UStore::entriesChanged, this,
             [this, &store] { m_localLinks->setEntries(store.entries()); });
     m_networkChannels->setEntries(m_model.playlist());
@@ -99,7 +99,13 @@ void ContentState::openStream()
 {
     m_autoOpen.stop();
     // From the event loop, as a separate task: the field's own signal handling finishes first.
-    QTimer::singleShot(0, this, [this] { m_model.openRemote(m_address, m_movieName); });
+    QTimer::singleShot(0, this, [this] { m_model.openRemote(m_address, movieNameToPass()); });
+}
+
+std::optional<QString> ContentState::movieNameToPass() const
+{
+    // A hidden name field is one the user put away: its old text must not name a new stream.
+    return m_showMovieName ? std::optional(m_movieName) : std::nullopt;
 }
 
 void ContentState::clearNetworkStream()
@@ -137,10 +143,31 @@ void ContentState::setSelectedSidebarSection(std::optional<PlayerSidebarSection>
 
 void ContentState::setShowSidebar(bool show)
 {
+    changeSidebar(show, WindowTiming::sidebarToggleAnimation);
+}
+
+void ContentState::changeSidebar(bool show, std::chrono::milliseconds animation)
+{
     if (show == m_showSidebar)
         return;
     m_showSidebar = show;
+    m_sidebarAnimation = animation;
     Q_EMIT showSidebarChanged();
+}
+
+void ContentState::takePublishedPlaylist()
+{
+    if (!m_section)
+        return;
+    if (*m_section == PlayerSidebarSection::network)
+        m_networkChannels->setEntries(m_model.playlist());
+    else
+        m_localM3U.adoptPublishedPlaylist(m_model.playlist());
+}
+
+ChannelListModel &ContentState::displayedChannels()
+{
+    return m_section == PlayerSidebarSection::localM3U ? *m_localLinks : *m_networkChannels;
 }
 
 void ContentState::selectDisplayMode(PortraitDisplayMode mode)
@@ -150,7 +177,7 @@ void ContentState::selectDisplayMode(PortraitDisplayMode mode)
         Q_EMIT portraitModeChanged();
     }
     if (mode != PortraitDisplayMode::normal)
-        setShowSidebar(false);
+        changeSidebar(false, WindowTiming::sidebarPortraitAnimation);
 }
 
 void ContentState::setFullScreen(bool fullScreen)
@@ -207,6 +234,16 @@ void ContentState::setSelectedCategory(const std::optional<QString> &category)
     if (category == m_category)
         return;
     m_category = category;
+    applyFilters();
+}
+
+void ContentState::clearFilters()
+{
+    if (m_channelSearch.isEmpty() && !m_countryCode && !m_category)
+        return;
+    m_channelSearch.clear();
+    m_countryCode.reset();
+    m_category.reset();
     applyFilters();
 }
 

@@ -7,10 +7,11 @@
 #include <QString>
 #include <QTimer>
 
+#include <chrono>
 #include <optional>
 
 class ChannelListModel;
-class LocalM3UStore;
+class LocalM3UActions;
 class PlayerModel;
 
 // What the main window edits and shows besides the player's own state: the address and name
@@ -32,7 +33,7 @@ class ContentState : public QObject
         QString channelSearch READ channelSearch WRITE setChannelSearch NOTIFY filtersChanged)
 
 public:
-    ContentState(PlayerModel &model, LocalM3UStore &store, QObject *parent = nullptr);
+    ContentState(PlayerModel &model, LocalM3UActions &localM3U, QObject *parent = nullptr);
     ~ContentState() override;
 
     const QString &address() const { return m_address; }
@@ -53,7 +54,10 @@ public:
     std::optional<PlayerSidebarSection> selectedSidebarSection() const { return m_section; }
     void setSelectedSidebarSection(std::optional<PlayerSidebarSection> section);
     bool showSidebar() const { return m_showSidebar; }
+    // The sidebar button's toggle, animated over 0.18 s.
     void setShowSidebar(bool show);
+    // How long the newest change of the sidebar's visibility is animated.
+    std::chrono::milliseconds sidebarAnimation() const { return m_sidebarAnimation; }
     PortraitDisplayMode portraitMode() const { return m_portraitMode; }
     // Choosing a portrait mode gives it the whole window: the sidebar hides.
     void selectDisplayMode(PortraitDisplayMode mode);
@@ -72,10 +76,16 @@ public:
     void setSelectedCountryCode(const std::optional<QString> &code);
     const std::optional<QString> &selectedCategory() const { return m_category; }
     void setSelectedCategory(const std::optional<QString> &category);
+    // Empties the search and clears both choices.
+    void clearFilters();
 
-    // The network panel's channels (a copy of the player's playlist) and the saved links.
+    // The network panel's channels and the saved links. A playlist the player publishes is copied
+    // into the network panel while that panel is shown; while the saved links are shown, a
+    // non-empty one replaces them.
     ChannelListModel &networkChannels() { return *m_networkChannels; }
     ChannelListModel &localLinks() { return *m_localLinks; }
+    // The list of the panel shown (the network one when none is chosen).
+    ChannelListModel &displayedChannels();
 
 Q_SIGNALS:
     void addressChanged();
@@ -96,14 +106,19 @@ private:
     static QString cleaned(const QString &text);
     void scheduleAutomaticOpen(const QString &text);
     void setControlsVisible(bool visible);
+    std::optional<QString> movieNameToPass() const;
+    void changeSidebar(bool show, std::chrono::milliseconds animation);
+    void takePublishedPlaylist();
     void applyFilters();
 
     PlayerModel &m_model;
+    LocalM3UActions &m_localM3U;
     QString m_address;
     QString m_movieName;
     bool m_showMovieName = false;
     std::optional<PlayerSidebarSection> m_section = PlayerSidebarSection::network;
     bool m_showSidebar = true;
+    std::chrono::milliseconds m_sidebarAnimation{0};
     PortraitDisplayMode m_portraitMode = PortraitDisplayMode::normal;
     bool m_isFullScreen = false;
     bool m_fullScreenControlsVisible = true;

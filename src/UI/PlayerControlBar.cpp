@@ -25,6 +25,8 @@ constexpr int iconSize = 16;
 // The seek slider counts milliseconds, the volume slider hundredths.
 constexpr double sliderUnitsPerSecond = 1000;
 constexpr int volumeSteps = 100;
+// Narrower than this, the volume slider gives its room to the seek slider (mute stays).
+constexpr int volumeSliderMinimumBarWidth = 620;
 
 QStringView menuSymbol(PortraitDisplayMode mode)
 {
@@ -139,6 +141,12 @@ PlayerControlBar::PlayerControlBar(PlayerModel &model, ContentState &state, QWid
     refreshTime();
     refreshVolume();
     refreshDisplayMode();
+}
+
+void PlayerControlBar::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    m_volume->setVisible(width() >= volumeSliderMinimumBarWidth);
 }
 
 QToolButton *PlayerControlBar::addButton(const QString &help)

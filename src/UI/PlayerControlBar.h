@@ -39,6 +39,9 @@ Q_SIGNALS:
     void recordingRequested(PlayerRecordingQuality quality);
     void stopRecordingRequested();
 
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+
 private:
     QToolButton *addButton(const QString &help);
     void buildDisplayModeMenu();

@@ -50,6 +50,10 @@ constexpr Symbol symbols[] = {
     {u"square.and.arrow.up", u"share.svg", false},
     {u"doc.badge.arrow.up", u"file-up.svg", false},
     {u"photo", u"image.svg", false},
+    {u"globe", u"globe.svg", false},
+    {u"chevron.down", u"chevron-down.svg", false},
+    {u"square.grid.2x2", u"layout-grid.svg", false},
+    {u"checkmark", u"check.svg", false},
 };
 
 const Symbol *symbolNamed(QStringView name)

@@ -52,6 +52,10 @@ inline constexpr QStringView addressPlaceholder = u"Paste a stream, playlist or 
 inline constexpr QStringView networkSection = u"Network";
 inline constexpr QStringView localSection = u"Local M3U";
 
+// The filter menus of both panels.
+inline constexpr QStringView countries = u"Countries";
+inline constexpr QStringView category = u"Category";
+
 // The local panel.
 inline constexpr QStringView localHeader = u"LOCAL M3U8 LINKS";
 inline constexpr QStringView addLink = u"Add M3U8 Link";

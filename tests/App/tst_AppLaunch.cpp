@@ -1,7 +1,10 @@
 #include "App/AppIdentity.h"
 
 #include "ProcessRunner.h"
+#include "TestMedia.h"
 
+#include <QImage>
+#include <QTemporaryDir>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -28,6 +31,7 @@ private Q_SLOTS:
     void answersWithoutDisplay();
     void refusesCleanlyWhenNoWindowCanOpen_data();
     void refusesCleanlyWhenNoWindowCanOpen();
+    void screenshotShowsTheFirstFrame();
 };
 
 void tst_AppLaunch::answersWithoutDisplay_data()
@@ -50,6 +54,12 @@ void tst_AppLaunch::answersWithoutDisplay_data()
     QTest::newRow("socket without path")
         << QStringList{u"a.mp4"_s, u"--ipc-server"_s} << 2 << QByteArray()
         << QByteArray("velmplayerpro: --ipc-server needs a socket path");
+    QTest::newRow("wait without screenshot")
+        << QStringList{u"--after"_s, u"2"_s} << 2 << QByteArray()
+        << QByteArray("velmplayerpro: --after is only for --screenshot");
+    QTest::newRow("wait that is no number")
+        << QStringList{u"--screenshot=/tmp/x.png"_s, u"--after"_s, u"soon"_s} << 2 << QByteArray()
+        << QByteArray("velmplayerpro: --after needs a number of seconds");
 }
 
 void tst_AppLaunch::answersWithoutDisplay()
@@ -90,6 +100,34 @@ void tst_AppLaunch::refusesCleanlyWhenNoWindowCanOpen()
     QVERIFY2(result.finished, "the player crashed instead of exiting");
     QCOMPARE(result.exitCode, 1);
     QVERIFY2(result.err.contains(message), result.err.constData());
+}
+
+void tst_AppLaunch::screenshotShowsTheFirstFrame()
+{
+    QTemporaryDir home;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"HOME"_s, home.path());
+    const QString picture = home.filePath(u"window.png"_s);
+    const ProcessResult result =
+        runProcess(QStringLiteral(VELM_APP),
+                   {u"--screenshot"_s, picture, testMedia(u"columns.mp4"_s)}, {}, environment);
+    QVERIFY(result.finished);
+    QCOMPARE(result.exitCode, 0);
+    const QImage image(picture);
+    QVERIFY(!image.isNull());
+    // The red, green and blue columns of the video's first frame are in the picture.
+    QList<QRgb> seen;
+    const int row = image.height() / 2;
+    for (int x = 0; x < image.width(); ++x)
+        seen.append(image.pixel(x, row));
+    for (const QRgb wanted : {qRgb(255, 0, 0), qRgb(0, 255, 0), qRgb(0, 0, 255)})
+        QVERIFY2(std::any_of(seen.cbegin(), seen.cend(),
+                             [wanted](QRgb pixel) {
+                                 return std::abs(qRed(pixel) - qRed(wanted)) < 40 &&
+                                        std::abs(qGreen(pixel) - qGreen(wanted)) < 40 &&
+                                        std::abs(qBlue(pixel) - qBlue(wanted)) < 40;
+                             }),
+                 qPrintable(QString::number(wanted, 16)));
 }
 
 QTEST_GUILESS_MAIN(tst_AppLaunch)

@@ -2,6 +2,7 @@
 
 #include "TestHttpServer.h"
 
+#include <QImage>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -90,6 +91,7 @@ private Q_SLOTS:
     void readsPublishedState();
     void savesExportsAndImportsLinks();
     void sendsKeysThroughTheMonitor();
+    void drivesTheWindowState();
     void quitsAndKeepsTheSavedLinks();
 
 private:
@@ -247,6 +249,47 @@ void tst_ControlSocket::sendsKeysThroughTheMonitor()
     QCOMPARE(m_client.data({u"get_property"_s, u"volume"_s}), QJsonValue(0.56));
     QCOMPARE(error(m_client.request({u"key"_s, u"Up"_s, u"Hyper"_s})), u"invalid parameter"_s);
     QCOMPARE(error(m_client.request({u"key"_s, u"Ctrl+Up"_s})), u"invalid parameter"_s);
+}
+
+void tst_ControlSocket::drivesTheWindowState()
+{
+    const auto set = [this](const QString &name, const QJsonValue &value) {
+        return error(m_client.request({u"set_property"_s, name, value}));
+    };
+    const auto get = [this](const QString &name) {
+        return m_client.data({u"get_property"_s, name});
+    };
+    QCOMPARE(set(u"selectedSidebarSection"_s, u"network"_s), u"success"_s);
+    // Typed into the address field, an http address opens by itself after a calm moment.
+    QCOMPARE(set(u"address"_s, u" "_s + m_server.url(u"/tv/list.m3u"_s) + u"\n"_s), u"success"_s);
+    QCOMPARE(get(u"address"_s), QJsonValue(m_server.url(u"/tv/list.m3u"_s)));
+    QVERIFY(QTest::qWaitFor([&] { return m_client.data({u"filtered_count"_s}) == 3; }, 10000));
+    QCOMPARE(set(u"channelSearch"_s, u"SPORT"_s), u"success"_s);
+    QCOMPARE(m_client.data({u"filtered_count"_s}), QJsonValue(1));
+    QCOMPARE(set(u"channelSearch"_s, u""_s), u"success"_s);
+    QCOMPARE(set(u"selectedCountryCode"_s, u"DE"_s), u"success"_s);
+    QCOMPARE(m_client.data({u"filtered_count"_s}), QJsonValue(1));
+    QCOMPARE(set(u"selectedCountryCode"_s, QJsonValue()), u"success"_s);
+    QCOMPARE(get(u"selectedCountryCode"_s), QJsonValue(QJsonValue::Null));
+
+    QCOMPARE(set(u"portraitMode"_s, u"Portrait Fill"_s), u"success"_s);
+    QCOMPARE(get(u"portraitMode"_s), QJsonValue(u"Portrait Fill"_s));
+    QCOMPARE(get(u"showSidebar"_s), QJsonValue(false));
+    QCOMPARE(set(u"portraitMode"_s, u"Sideways"_s), u"invalid value for portraitMode"_s);
+    QCOMPARE(set(u"selectedSidebarSection"_s, u"films"_s),
+             u"invalid value for selectedSidebarSection"_s);
+    QCOMPARE(set(u"showSidebar"_s, u"yes"_s), u"invalid value for showSidebar"_s);
+    QCOMPARE(set(u"title"_s, u"x"_s), u"property not found or read-only: title"_s);
+    QCOMPARE(set(u"selectedSidebarSection"_s, u"localM3U"_s), u"success"_s);
+    QCOMPARE(get(u"selectedSidebarSection"_s), QJsonValue(u"localM3U"_s));
+
+    const QString picture = m_home.filePath(u"window.png"_s);
+    QCOMPARE(error(m_client.request({u"screenshot"_s, picture})), u"success"_s);
+    const QImage image(picture);
+    QCOMPARE(image.size(),
+             QSize(get(u"width"_s).toInt(), get(u"height"_s).toInt()) * image.devicePixelRatio());
+    QVERIFY(error(m_client.request({u"screenshot"_s, m_home.filePath(u"no/such/dir.png"_s)}))
+                .startsWith(u"cannot write"_s));
 }
 
 void tst_ControlSocket::quitsAndKeepsTheSavedLinks()

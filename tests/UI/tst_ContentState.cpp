@@ -3,7 +3,8 @@
 // full-screen controls and cursor timing.
 
 #include "Player/PlayerModel.h"
-#include "Playlist/LocalM3UStore.h"
+#include "Playlist/ChannelListModel.h"
+#include "Playlist/LocalM3UActions.h"
 #include "TestHome.h"
 #include "TestHttpServer.h"
 #include "UI/ContentState.h"
@@ -32,10 +33,13 @@ private Q_SLOTS:
     void emptyingTheAddressForgetsTheNetworkSource();
     void portraitModesHideTheSidebar();
     void fullScreenControlsAndCursorHideOnTime();
+    void publishedPlaylistGoesToThePanelShown_data();
+    void publishedPlaylistGoesToThePanelShown();
 
 private:
     std::unique_ptr<TestHttpServer> m_server;
     std::unique_ptr<PlayerModel> m_model;
+    std::unique_ptr<LocalM3UActions> m_localM3U;
     std::unique_ptr<ContentState> m_state;
 };
 
@@ -51,12 +55,15 @@ void tst_ContentState::initTestCase()
 void tst_ContentState::init()
 {
     m_model = std::make_unique<PlayerModel>(MpvEngine::Output::headless);
-    m_state = std::make_unique<ContentState>(*m_model, LocalM3UStore::shared());
+    LocalM3UStore::shared().removeAll();
+    m_localM3U = std::make_unique<LocalM3UActions>(*m_model, LocalM3UStore::shared());
+    m_state = std::make_unique<ContentState>(*m_model, *m_localM3U);
 }
 
 void tst_ContentState::cleanup()
 {
     m_state.reset();
+    m_localM3U.reset();
     m_model.reset();
 }
 
@@ -194,3 +201,27 @@ void tst_ContentState::fullScreenControlsAndCursorHideOnTime()
 
 QTEST_GUILESS_MAIN(tst_ContentState)
 #include "tst_ContentState.moc"
+
+void tst_ContentState::publishedPlaylistGoesToThePanelShown_data()
+{
+    QTest::addColumn<std::optional<PlayerSidebarSection>>("section");
+    QTest::addColumn<int>("networkRows");
+    QTest::addColumn<int>("savedLinks");
+    QTest::newRow("network panel") << std::optional(PlayerSidebarSection::network) << 1 << 0;
+    QTest::newRow("saved links") << std::optional(PlayerSidebarSection::localM3U) << 0 << 1;
+    QTest::newRow("no panel") << std::optional<PlayerSidebarSection>() << 0 << 0;
+}
+
+void tst_ContentState::publishedPlaylistGoesToThePanelShown()
+{
+    QFETCH(std::optional<PlayerSidebarSection>, section);
+    QFETCH(int, networkRows);
+    QFETCH(int, savedLinks);
+    m_state->setSelectedSidebarSection(section);
+    QSignalSpy published(m_model.get(), &PlayerModel::playlistChanged);
+    m_model->openRemote(m_server->url(u"/list.m3u"_qs), std::nullopt);
+    QTRY_COMPARE(published.size(), 1);
+    QCOMPARE(m_state->networkChannels().filteredCount(), networkRows);
+    QCOMPARE(LocalM3UStore::shared().entries().size(), savedLinks);
+    QCOMPARE(m_state->localLinks().filteredCount(), savedLinks);
+}

@@ -1,0 +1,67 @@
+#include "App/WindowScreenshot.h"
+
+#include "App/AppSession.h"
+#include "Surface/PlayerSurface.h"
+#include "UI/ContentView.h"
+#include "UI/PlayerArea.h"
+
+#include <QCoreApplication>
+#include <QImage>
+#include <QPixmap>
+
+#include <cstdio>
+
+namespace {
+// What is shown is given a moment to be painted after it arrived.
+constexpr std::chrono::milliseconds paintAllowance{300};
+} // namespace
+
+WindowScreenshot::WindowScreenshot(AppSession &session, const QString &path,
+                                   std::optional<double> after, bool opensSomething,
+                                   QObject *parent)
+    : QObject(parent), m_session(session), m_path(path)
+{
+    m_deadline.setSingleShot(true);
+    connect(&m_deadline, &QTimer::timeout, this, &WindowScreenshot::take);
+    if (after) {
+        m_deadline.start(std::chrono::milliseconds(qRound64(*after * 1000)));
+        return;
+    }
+    if (!opensSomething) {
+        m_deadline.start(paintAllowance);
+        return;
+    }
+    m_deadline.start(longestWait);
+    PlayerModel &model = session.player();
+    connect(session.content().playerArea()->surface(), &PlayerSurface::frameShown, this,
+            &WindowScreenshot::contentShown);
+    connect(&model, &PlayerModel::playlistChanged, this, [this, &model] {
+        if (!model.playlist().isEmpty())
+            contentShown();
+    });
+    connect(&model, &PlayerModel::errorMessageChanged, this, [this, &model] {
+        if (model.errorMessage())
+            contentShown();
+    });
+}
+
+void WindowScreenshot::contentShown()
+{
+    if (m_taking)
+        return;
+    m_taking = true;
+    m_deadline.start(paintAllowance);
+}
+
+void WindowScreenshot::take()
+{
+    m_taking = true;
+    const QImage picture = m_session.window().grab().toImage();
+    if (!picture.save(m_path, "PNG")) {
+        std::fprintf(stderr, "velmplayerpro: cannot write the screenshot to %s\n",
+                     qPrintable(m_path));
+        QCoreApplication::exit(1);
+        return;
+    }
+    QCoreApplication::exit(0);
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QLineEdit>
+#include <QList>
+#include <QUrl>
+
+// The address field. A link dropped on it (as text or as a web address) replaces the field's text
+// instead of being inserted where the mouse let go; dropped files are handed on to be played.
+class AddressField : public QLineEdit
+{
+    Q_OBJECT
+
+public:
+    explicit AddressField(QWidget *parent = nullptr);
+
+Q_SIGNALS:
+    void filesDropped(const QList<QUrl> &files);
+
+protected:
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dragMoveEvent(QDragMoveEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+};

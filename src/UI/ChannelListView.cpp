@@ -1,0 +1,30 @@
+#include "UI/ChannelListView.h"
+
+#include "Playlist/ChannelListModel.h"
+#include "UI/ChannelRowDelegate.h"
+
+ChannelListView::ChannelListView(ChannelListModel &model, ChannelRowDelegate *delegate,
+                                 QWidget *parent)
+    : QListView(parent), m_delegate(delegate)
+{
+    setObjectName(QStringLiteral("channels"));
+    delegate->setParent(this);
+    setModel(&model);
+    setItemDelegate(delegate);
+    setUniformItemSizes(true);
+    setLayoutMode(QListView::SinglePass);
+    setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setSelectionMode(QAbstractItemView::SingleSelection);
+    setEditTriggers(QAbstractItemView::NoEditTriggers);
+    setMouseTracking(true);
+    setFrameShape(QFrame::NoFrame);
+    connect(delegate, &ChannelRowDelegate::actionTriggered, this,
+            &ChannelListView::actionTriggered);
+}
+
+QRect ChannelListView::actionRect(int row, ChannelRowAction action) const
+{
+    const QRect rowRect = visualRect(model()->index(row, 0));
+    return rowRect.isValid() ? m_delegate->actionRect(rowRect, action) : QRect();
+}

@@ -1,0 +1,516 @@
+// The main window's content as a user drives it, under Xvfb: a real player playing generated
+// media, playlists and logos from a local HTTP server, the real file dialogs and alerts answered
+// by the test, and saved links in a temporary home.
+
+#include "App/AppNotifier.h"
+#include "Player/PlayerModel.h"
+#include "Playlist/ChannelListModel.h"
+#include "Playlist/LocalM3UActions.h"
+#include "Surface/PlayerSurface.h"
+#include "TestData.h"
+#include "TestHome.h"
+#include "TestHttpServer.h"
+#include "TestMedia.h"
+#include "UI/AddressField.h"
+#include "UI/ChannelFilterBar.h"
+#include "UI/ChannelListView.h"
+#include "UI/ChannelLogoLoader.h"
+#include "UI/ChannelRowDelegate.h"
+#include "UI/ContentState.h"
+#include "UI/ContentView.h"
+#include "UI/DialogLocalM3UExportPrompts.h"
+#include "UI/DialogMediaFileChooser.h"
+#include "UI/LinkEditorDialog.h"
+#include "UI/LocalM3UPanel.h"
+#include "UI/NetworkPanel.h"
+#include "UI/PlayerArea.h"
+#include "UI/PlayerControlBar.h"
+#include "UI/PlayerTimeText.h"
+#include "UI/SidebarView.h"
+#include "UI/SymbolIcons.h"
+#include "UI/TitleBarHandler.h"
+#include "UI/WindowTexts.h"
+
+#include <QApplication>
+#include <QBuffer>
+#include <QClipboard>
+#include <QElapsedTimer>
+#include <QFileDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QPushButton>
+#include <QSlider>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+#include <QToolButton>
+#include <QWindow>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QByteArray pngOf(QSize size, QColor color)
+{
+    QImage image(size, QImage::Format_RGB32);
+    image.fill(color);
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "PNG");
+    return bytes;
+}
+
+// Answers the next file dialog the application opens (they run their own event loop).
+void answerFileDialog(const QString &path)
+{
+    auto *poll = new QTimer;
+    QObject::connect(poll, &QTimer::timeout, poll, [poll, path] {
+        auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
+        if (!dialog)
+            return;
+        // Typed into the name field, as a user would.
+        dialog->findChild<QLineEdit *>(u"fileNameEdit"_s)->setText(path);
+        // As Open or Save does once the name is typed; the dialog's own checks are not ours.
+        static_cast<QDialog *>(dialog)->done(QDialog::Accepted);
+        poll->deleteLater();
+    });
+    poll->start(50);
+}
+
+QPushButton *alertButton(QWidget *sheet, QStringView text)
+{
+    auto *alert = qobject_cast<QMessageBox *>(sheet);
+    if (!alert)
+        return nullptr;
+    for (QAbstractButton *button : alert->buttons())
+        if (button->text() == text)
+            return qobject_cast<QPushButton *>(button);
+    return nullptr;
+}
+
+QAction *actionNamed(QMenu *menu, QStringView text)
+{
+    for (QAction *action : menu->actions())
+        if (action->text() == text)
+            return action;
+    return nullptr;
+}
+
+QToolButton *buttonWithHelp(QWidget *parent, QStringView help)
+{
+    for (QToolButton *button : parent->findChildren<QToolButton *>())
+        if (button->toolTip() == help)
+            return button;
+    return nullptr;
+}
+
+} // namespace
+
+class tst_ContentView : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void pastedAddressListsChannelsThatFiltersNarrow();
+    void channelRowsPlaySaveAndShowLogos();
+    void linkEditorRefusesThenSavesAndEdits_data();
+    void linkEditorRefusesThenSavesAndEdits();
+    void deletingAsksFirst();
+    void importAndExportGoThroughTheirDialogs();
+    void controlBarShowsTimesAndSeeksOnRelease();
+    void displayModeMenuHidesTheSidebar();
+    void fullScreenControlsAndCursorHideOnTheirOwn();
+    void droppedFilesPlayAndTheWindowTakesTheirShape();
+
+private:
+    void loadPlaylist();
+    void clickRowAction(ChannelListView *list, int row, ChannelRowAction action);
+    NetworkPanel *network() const { return m_view->networkPanel(); }
+    LocalM3UPanel *local() const { return m_view->localPanel(); }
+    ContentState &state() const { return m_view->state(); }
+
+    TestHttpServer m_server;
+    QString m_playlistURL;
+    std::unique_ptr<PlayerModel> m_model;
+    std::unique_ptr<DialogMediaFileChooser> m_chooser;
+    std::unique_ptr<DialogLocalM3UExportPrompts> m_prompts;
+    std::unique_ptr<LocalM3UActions> m_actions;
+    std::unique_ptr<ContentView> m_view;
+};
+
+void tst_ContentView::initTestCase()
+{
+    useTemporaryHome();
+    m_playlistURL = m_server.url(u"/list.m3u"_s);
+    const QByteArray logo = m_server.url(u"/logo.png"_s).toUtf8();
+    const QByteArray missing = m_server.url(u"/missing.png"_s).toUtf8();
+    m_server.route("/list.m3u",
+                   TestHttpReply::of(200, "OK",
+                                     "#EXTM3U\n#EXTINF:-1 tvg-logo=\"" + logo +
+                                         "\" tvg-country=\"DE\" group-title=\"News\",Tagesschau\n"
+                                         "http://127.0.0.1:9/tagesschau.m3u8\n"
+                                         "#EXTINF:-1 tvg-logo=\"" +
+                                         missing +
+                                         "\" tvg-country=\"FR\" group-title=\"Sport\",Sport Plus\n"
+                                         "http://127.0.0.1:9/sport.m3u8\n"
+                                         "#EXTINF:-1 group-title=\"Sport\",Arena\n"
+                                         "http://127.0.0.1:9/arena.m3u8\n",
+                                     "audio/x-mpegurl"));
+    m_server.route("/logo.png",
+                   TestHttpReply::of(200, "OK", pngOf({128, 64}, Qt::red), "image/png"));
+}
+
+void tst_ContentView::init()
+{
+    LocalM3UStore::shared().removeAll();
+    m_model = std::make_unique<PlayerModel>();
+    m_actions = std::make_unique<LocalM3UActions>(*m_model, LocalM3UStore::shared());
+    m_view = std::make_unique<ContentView>(*m_model, *m_actions);
+    m_chooser = std::make_unique<DialogMediaFileChooser>(m_view.get());
+    m_prompts = std::make_unique<DialogLocalM3UExportPrompts>(m_view.get());
+    m_model->setFileChooser(m_chooser.get());
+    m_actions->setExportPrompts(m_prompts.get());
+    m_view->resize(1000, 600);
+    m_view->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_view.get()));
+}
+
+void tst_ContentView::cleanup()
+{
+    m_view.reset();
+    m_actions.reset();
+    m_prompts.reset();
+    m_chooser.reset();
+    m_model.reset();
+}
+
+void tst_ContentView::loadPlaylist()
+{
+    m_model->openRemote(m_playlistURL, std::nullopt);
+    QTRY_COMPARE(state().networkChannels().filteredCount(), 3);
+}
+
+void tst_ContentView::clickRowAction(ChannelListView *list, int row, ChannelRowAction action)
+{
+    const QRect button = list->actionRect(row, action);
+    QVERIFY(!button.isEmpty());
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, button.center());
+}
+
+void tst_ContentView::pastedAddressListsChannelsThatFiltersNarrow()
+{
+    AddressField *field = network()->addressField();
+    QVERIFY(!network()->channelList()->isVisible());
+    field->setFocus();
+    QApplication::clipboard()->setText(u"  "_s + m_playlistURL + u"\r\n"_s);
+    field->paste();
+    QCOMPARE(field->text(), m_playlistURL);
+    QCOMPARE(state().address(), m_playlistURL);
+    const QString header = WindowTexts::channelsHeader.toString();
+    QTRY_COMPARE(network()->channelsHeader()->text(), header + u"3"_s);
+    QVERIFY(network()->channelList()->isVisible());
+
+    ChannelFilterBar *filters = network()->filters();
+    QTest::keyClicks(filters->searchField(), u"sport"_s);
+    QTRY_COMPARE(network()->channelsHeader()->text(), header + u"2"_s);
+    // The country menu offers the countries of the list, by name, and narrows to one.
+    QMenu *countries = filters->countryButton()->menu();
+    Q_EMIT countries->aboutToShow();
+    QVERIFY(actionNamed(countries, u"Germany"));
+    actionNamed(countries, u"France")->trigger();
+    QTRY_COMPARE(network()->channelsHeader()->text(), header + u"1"_s);
+    QCOMPARE(filters->countryButton()->text(), u"France"_s);
+    Q_EMIT countries->aboutToShow();
+    QVERIFY(actionNamed(countries, u"France")->isChecked());
+    actionNamed(countries, WindowTexts::countries)->trigger();
+    QTRY_COMPARE(network()->channelsHeader()->text(), header + u"2"_s);
+    QCOMPARE(filters->countryButton()->text(), WindowTexts::countries.toString());
+}
+
+void tst_ContentView::channelRowsPlaySaveAndShowLogos()
+{
+    loadPlaylist();
+    ChannelListView *list = network()->channelList();
+    const PlaylistEntry tagesschau = state().networkChannels().entryAt(0);
+    const PlaylistEntry sport = state().networkChannels().entryAt(1);
+    QCOMPARE(list->rowDelegate()->helpText(ChannelRowAction::play, tagesschau),
+             u"Play Tagesschau"_s);
+    QCOMPARE(list->rowDelegate()->helpText(ChannelRowAction::save, tagesschau),
+             WindowTexts::saveToLocal.toString());
+
+    clickRowAction(list, 0, ChannelRowAction::save);
+    QVERIFY(LocalM3UStore::shared().contains(tagesschau.url));
+    QCOMPARE(list->rowDelegate()->helpText(ChannelRowAction::save, tagesschau),
+             WindowTexts::savedToLocal.toString());
+    QLabel *toast = m_view->playerArea()->toastLabel();
+    QTRY_VERIFY(toast->isVisible());
+    QCOMPARE(toast->text(), u"Saved to Local M3U: Tagesschau"_s);
+
+    clickRowAction(list, 1, ChannelRowAction::play);
+    QCOMPARE(m_model->currentURL(), std::optional(sport.url));
+    QCOMPARE(m_model->title(), u"Sport Plus"_s);
+
+    // A logo arrives at row size, a missing one fails for good, and a loader of a later launch
+    // finds the first on disk without the network.
+    ChannelLogoLoader loader;
+    QTRY_VERIFY(!loader.logo(*tagesschau.logoURL).isNull());
+    QTRY_VERIFY((loader.logo(*sport.logoURL), loader.hasFailed(*sport.logoURL)));
+    QCOMPARE(loader.logo(*tagesschau.logoURL).size(), QSize(64, 32));
+    QVERIFY(m_server.requestCount("/logo.png") >= 1);
+    const int fetched = m_server.requestCount("/logo.png");
+    ChannelLogoLoader nextLaunch;
+    QTRY_VERIFY(!nextLaunch.logo(*tagesschau.logoURL).isNull());
+    QCOMPARE(nextLaunch.networkFetches(), 0);
+    QCOMPARE(m_server.requestCount("/logo.png"), fetched);
+}
+
+void tst_ContentView::linkEditorRefusesThenSavesAndEdits_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("url");
+    QTest::addColumn<QString>("refusal");
+    QTest::newRow("blank name") << u"  "_s << u"https://tv.example/a.m3u8"_s
+                                << WindowTexts::nameRequired.toString();
+    QTest::newRow("ftp address") << u"News"_s << u"ftp://tv.example/a.m3u8"_s
+                                 << WindowTexts::validURLRequired.toString();
+    QTest::newRow("no address") << u"News"_s << u"news channel"_s
+                                << WindowTexts::validURLRequired.toString();
+    QTest::newRow("scheme without host")
+        << u"News"_s << u"https:a.m3u8"_s << WindowTexts::validURLRequired.toString();
+}
+
+void tst_ContentView::linkEditorRefusesThenSavesAndEdits()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, url);
+    QFETCH(QString, refusal);
+    QTest::mouseClick(m_view->sidebar()->sectionButton(1), Qt::LeftButton);
+    QCOMPARE(m_view->sidebar()->currentPanel(), local());
+    QVERIFY(local()->emptyText()->isVisible());
+    QCOMPARE(local()->fileButton()->text(), WindowTexts::chooseM3UFile.toString());
+
+    QTest::mouseClick(local()->addButton(), Qt::LeftButton);
+    auto *editor = qobject_cast<LinkEditorDialog *>(m_view->openSheet());
+    QVERIFY(editor && editor->isVisible());
+    QCOMPARE(editor->windowTitle(), WindowTexts::addLinkTitle.toString());
+    editor->nameField()->setText(name);
+    editor->urlField()->setText(url);
+    QTest::mouseClick(editor->saveButton(), Qt::LeftButton);
+    QCOMPARE(editor->refusal(), refusal);
+    QVERIFY(editor->isVisible());
+    QVERIFY(LocalM3UStore::shared().entries().isEmpty());
+
+    editor->nameField()->setText(u" News "_s);
+    editor->urlField()->setText(u"https://tv.example/news.m3u8"_s);
+    editor->countryField()->setText(u" de "_s);
+    editor->logoField()->setText(u"/srv/logos/news.png"_s);
+    QTest::mouseClick(editor->removeLogoButton(), Qt::LeftButton);
+    QTest::mouseClick(editor->saveButton(), Qt::LeftButton);
+    QTRY_VERIFY(!m_view->openSheet());
+    QCOMPARE(LocalM3UStore::shared().entries().size(), 1);
+    const PlaylistEntry saved = LocalM3UStore::shared().entries().constFirst();
+    QCOMPARE(saved.name, u"News"_s);
+    QCOMPARE(saved.countryCode, std::optional(u"DE"_s));
+    QCOMPARE(saved.groupTitle, std::nullopt);
+    QCOMPARE(saved.logoURL, std::nullopt);
+    QCOMPARE(local()->fileButton()->text(), WindowTexts::changeM3UFile.toString());
+    QVERIFY(!local()->emptyText()->isVisible());
+
+    QTRY_COMPARE(state().localLinks().filteredCount(), 1);
+    clickRowAction(local()->linkList(), 0, ChannelRowAction::edit);
+    editor = qobject_cast<LinkEditorDialog *>(m_view->openSheet());
+    QVERIFY(editor);
+    QCOMPARE(editor->windowTitle(), WindowTexts::editLinkTitle.toString());
+    QCOMPARE(editor->urlField()->text(), u"https://tv.example/news.m3u8"_s);
+    editor->nameField()->setText(u"News HD"_s);
+    editor->categoryField()->setText(u"News"_s);
+    QTest::mouseClick(editor->saveButton(), Qt::LeftButton);
+    const PlaylistEntry edited = LocalM3UStore::shared().entries().constFirst();
+    QCOMPARE(edited.id, saved.id);
+    QCOMPARE(edited.name, u"News HD"_s);
+    QCOMPARE(edited.groupTitle, std::optional(u"News"_s));
+}
+
+void tst_ContentView::deletingAsksFirst()
+{
+    state().setSelectedSidebarSection(PlayerSidebarSection::localM3U);
+    m_actions->addLink(
+        {u"Arena"_s, *WebAddress::fromText(u"https://tv.example/arena.m3u8"), {}, {}, {}});
+    m_actions->addLink({u""_s, *WebAddress::fromText(u"https://tv.example/x.m3u8"), {}, {}, {}});
+    QTRY_COMPARE(state().localLinks().filteredCount(), 2);
+    // The unnamed link took the address's file name; the alert names the link as it is saved.
+    clickRowAction(local()->linkList(), 1, ChannelRowAction::remove);
+    QCOMPARE(m_view->openSheet()->windowTitle(), u"Delete \"Arena\"?"_s);
+    QCOMPARE(qobject_cast<QMessageBox *>(m_view->openSheet())->informativeText(),
+             WindowTexts::deleteMessage(u"Arena"_s));
+    QTest::mouseClick(alertButton(m_view->openSheet(), WindowTexts::cancel), Qt::LeftButton);
+    QTRY_VERIFY(!m_view->openSheet());
+    QCOMPARE(LocalM3UStore::shared().entries().size(), 2);
+
+    clickRowAction(local()->linkList(), 1, ChannelRowAction::remove);
+    QTest::mouseClick(alertButton(m_view->openSheet(), WindowTexts::deleteButton), Qt::LeftButton);
+    QTRY_COMPARE(LocalM3UStore::shared().entries().size(), 1);
+    QCOMPARE(LocalM3UStore::shared().entries().constFirst().name, u"x"_s);
+
+    QTest::mouseClick(local()->clearButton(), Qt::LeftButton);
+    QCOMPARE(m_view->openSheet()->windowTitle(), WindowTexts::clearAllTitle.toString());
+    QTest::mouseClick(alertButton(m_view->openSheet(), WindowTexts::deletePermanently),
+                      Qt::LeftButton);
+    QTRY_VERIFY(LocalM3UStore::shared().entries().isEmpty());
+    QVERIFY(local()->emptyText()->isVisible());
+}
+
+void tst_ContentView::importAndExportGoThroughTheirDialogs()
+{
+    state().setSelectedSidebarSection(PlayerSidebarSection::localM3U);
+    state().setChannelSearch(u"nothing matches this"_s);
+    answerFileDialog(sharedTestData(u"m3u/iptv-org-2021-channels/ch.m3u"_s));
+    QTest::mouseClick(local()->fileButton(), Qt::LeftButton);
+    QTRY_VERIFY(LocalM3UStore::shared().entries().size() > 10);
+    // The import started from no search: everything imported is listed.
+    QCOMPARE(state().channelSearch(), QString());
+    QTRY_COMPARE(state().localLinks().filteredCount(),
+                 int(LocalM3UStore::shared().entries().size()));
+
+    QTemporaryDir folder;
+    const QString target = folder.filePath(u"links.m3u"_s);
+    answerFileDialog(target);
+    QTest::mouseClick(local()->exportButton(), Qt::LeftButton);
+    QFile written(target);
+    QVERIFY(written.open(QIODevice::ReadOnly));
+    QVERIFY(written.readLine().startsWith("#EXTM3U"));
+    QTRY_COMPARE(m_model->toastMessage(), std::optional(u"Exported: links.m3u"_s));
+}
+
+void tst_ContentView::controlBarShowsTimesAndSeeksOnRelease()
+{
+    PlayerControlBar *bar = m_view->controlBar();
+    // Nothing loaded: a usable slider of one second and no remaining time.
+    QCOMPARE(bar->seekSlider()->maximum(), 1000);
+    QCOMPARE(bar->remainingTimeText(), u"00:00"_s);
+
+    m_model->play(WebAddress::fromLocalFile(testMedia(u"long.mp4"_s)), std::nullopt, false);
+    QTRY_VERIFY(m_model->duration() > 0);
+    QSlider *seek = bar->seekSlider();
+    QTRY_COMPARE(seek->maximum(), int(m_model->duration() * 1000));
+    seek->setSliderDown(true);
+    seek->setSliderPosition(300'500);
+    // While dragging, the labels follow the slider and the player stays where it is.
+    QCOMPARE(bar->currentTimeText(), u"05:00"_s);
+    QCOMPARE(bar->remainingTimeText(), PlayerTimeText::remaining(m_model->duration(), 300.5));
+    QVERIFY(m_model->currentTime() < 10);
+    seek->setSliderDown(false);
+    QTRY_VERIFY(std::abs(m_model->currentTime() - 300.5) < 1.0);
+    QTRY_COMPARE(bar->currentTimeText(), PlayerTimeText::time(m_model->currentTime()));
+}
+
+void tst_ContentView::displayModeMenuHidesTheSidebar()
+{
+    PlayerControlBar *bar = m_view->controlBar();
+    QMenu *modes = bar->displayModeMenu();
+    QCOMPARE(modes->actions().size(), 5);
+    actionNamed(modes, u"Portrait Fill")->trigger();
+    QTRY_VERIFY(!m_view->sidebar()->isVisible());
+    QCOMPARE(m_view->playerArea()->surface()->portraitMode(), PortraitDisplayMode::fill);
+    const QImage checkmark = SymbolIcons::pixmap(u"checkmark.circle.fill", 16, Qt::white).toImage();
+    QCOMPARE(actionNamed(modes, u"Portrait Fill")->icon().pixmap(16, 16).toImage(), checkmark);
+    QVERIFY(actionNamed(modes, u"Normal")->icon().pixmap(16, 16).toImage() != checkmark);
+
+    actionNamed(modes, u"Normal")->trigger();
+    QTest::qWait(300);
+    QVERIFY(!m_view->sidebar()->isVisible());
+    QTest::mouseClick(buttonWithHelp(bar, WindowTexts::sidebarHelp), Qt::LeftButton);
+    QTRY_VERIFY(m_view->sidebar()->isVisible());
+    QTRY_COMPARE(m_view->sidebar()->width(), SidebarView::preferredWidth);
+}
+
+void tst_ContentView::fullScreenControlsAndCursorHideOnTheirOwn()
+{
+    m_model->play(WebAddress::fromLocalFile(testMedia(u"long.mp4"_s)), std::nullopt, false);
+    QTRY_VERIFY(m_model->isPlaying());
+    QWindow *window = m_view->windowHandle();
+    const QPoint overPicture =
+        m_view->playerArea()->mapToGlobal(m_view->playerArea()->rect().center());
+    QCursor::setPos(overPicture);
+
+    // No window manager here to grant full screen: the window's state is given directly.
+    QElapsedTimer clock;
+    clock.start();
+    state().setFullScreen(true);
+    PlayerControlBar *bar = m_view->controlBar();
+    QTRY_VERIFY_WITH_TIMEOUT(!bar->isVisible(), 5000);
+    QVERIFY(clock.elapsed() >= 2500);
+    QVERIFY(bar->geometry().bottom() < m_view->height()); // floating over the picture
+
+    Q_EMIT AppNotifier::shared().playerMouseMoved(window);
+    QVERIFY(bar->isVisible());
+    clock.restart();
+    QTRY_VERIFY_WITH_TIMEOUT(m_view->playerArea()->isCursorHidden(), 4000);
+    QVERIFY(clock.elapsed() >= 2000);
+    QCOMPARE(QGuiApplication::overrideCursor()->shape(), Qt::BlankCursor);
+    Q_EMIT AppNotifier::shared().playerMouseMoved(window);
+    QVERIFY(!m_view->playerArea()->isCursorHidden());
+    QCOMPARE(QGuiApplication::overrideCursor(), nullptr);
+
+    // Paused, the cursor stays.
+    m_model->togglePlayback();
+    QTRY_VERIFY(!m_model->isPlaying());
+    Q_EMIT AppNotifier::shared().playerMouseMoved(window);
+    QTest::qWait(2300);
+    QVERIFY(!m_view->playerArea()->isCursorHidden());
+}
+
+void tst_ContentView::droppedFilesPlayAndTheWindowTakesTheirShape()
+{
+    const QString file = testMedia(u"columns.mp4"_s);
+    auto *data = new QMimeData;
+    data->setUrls({QUrl::fromLocalFile(file)});
+    const QPoint center = m_view->playerArea()->geometry().center();
+    QDragEnterEvent enter(center, Qt::CopyAction, data, Qt::LeftButton, {});
+    QApplication::sendEvent(m_view.get(), &enter);
+    QVERIFY(enter.isAccepted());
+    QDropEvent drop(center, Qt::CopyAction, data, Qt::LeftButton, {});
+    QApplication::sendEvent(m_view.get(), &drop);
+    QTRY_COMPARE(m_model->title(), u"columns.mp4"_s);
+    QCOMPARE(m_view->windowTitle(), u"columns.mp4"_s);
+
+    // The picture takes the video's 16:9 shape once the load's aspect is known, and only once.
+    QTRY_VERIFY(m_view->titleBar()->lastFittedLoad() == m_model->mediaLoadID());
+    const QSize picture = m_view->playerArea()->size();
+    QVERIFY2(std::abs(double(picture.width()) / picture.height() - 16.0 / 9.0) < 0.02,
+             qPrintable(u"%1x%2"_s.arg(picture.width()).arg(picture.height())));
+    m_view->resize(1100, 500);
+    QTest::qWait(200);
+    QCOMPARE(m_view->size(), QSize(1100, 500));
+
+    // A link dropped on the address field replaces its text, cleaned.
+    auto *link = new QMimeData;
+    link->setText(u"https://tv.example/live.m3u8\n"_s);
+    AddressField *field = network()->addressField();
+    const QPoint inField = field->rect().center();
+    QDragEnterEvent enterField(inField, Qt::CopyAction, link, Qt::LeftButton, {});
+    QApplication::sendEvent(field, &enterField);
+    QDropEvent dropField(inField, Qt::CopyAction, link, Qt::LeftButton, {});
+    QApplication::sendEvent(field, &dropField);
+    QCOMPARE(field->text(), u"https://tv.example/live.m3u8"_s);
+    QCOMPARE(state().address(), u"https://tv.example/live.m3u8"_s);
+    delete data;
+    delete link;
+}
+
+int main(int argc, char **argv)
+{
+    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+    QApplication application(argc, argv);
+    tst_ContentView test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_ContentView.moc"
