@@ -26,29 +26,31 @@ LocalM3UPanel::LocalM3UPanel(PlayerModel &model, ContentState &state, LocalM3UAc
     column->setContentsMargins(10, 10, 10, 0);
     column->setSpacing(6);
 
+    // The header row holds the list's own actions; the file row, choosing or changing the file.
     auto *headerRow = new QHBoxLayout;
+    headerRow->setSpacing(4);
     auto *header = new QLabel(WindowTexts::localHeader.toString(), this);
     header->setObjectName(QStringLiteral("sectionHeader"));
     m_add = new QToolButton(this);
     m_add->setIcon(SymbolIcons::icon(u"plus"));
     m_add->setToolTip(WindowTexts::addLink.toString());
     m_add->setAutoRaise(true);
+    m_clear = new QPushButton(SymbolIcons::icon(u"trash"), WindowTexts::clear.toString(), this);
     headerRow->addWidget(header, 1);
+    headerRow->addWidget(m_clear);
     headerRow->addWidget(m_add);
     column->addLayout(headerRow);
 
-    auto *buttons = new QHBoxLayout;
-    buttons->setSpacing(4);
+    auto *fileRow = new QHBoxLayout;
+    fileRow->setSpacing(4);
+    m_file = new QPushButton(SymbolIcons::icon(u"doc.badge.arrow.up"), QString(), this);
     m_export = new QPushButton(SymbolIcons::icon(u"square.and.arrow.up"),
                                WindowTexts::exportLinks.toString(), this);
-    m_clear = new QPushButton(SymbolIcons::icon(u"trash"), WindowTexts::clear.toString(), this);
-    m_file = new QPushButton(SymbolIcons::icon(u"doc.badge.arrow.up"), QString(), this);
-    for (QPushButton *button : {m_export, m_clear, m_file}) {
+    fileRow->addWidget(m_file, 1);
+    fileRow->addWidget(m_export);
+    for (QPushButton *button : {m_export, m_clear, m_file})
         button->setObjectName(QStringLiteral("small"));
-        buttons->addWidget(button);
-    }
-    buttons->addStretch();
-    column->addLayout(buttons);
+    column->addLayout(fileRow);
 
     m_filters = new ChannelFilterBar(state, WindowTexts::searchLocalLinks.toString(), this);
     column->addWidget(m_filters);

@@ -77,7 +77,8 @@ PlayerControlBar::PlayerControlBar(PlayerModel &model, ContentState &state, QWid
     connect(forward, &QToolButton::clicked, this, [this] { m_model.skip(10); });
 
     auto *divider = new QFrame(this);
-    divider->setFrameShape(QFrame::VLine);
+    divider->setObjectName(QStringLiteral("divider"));
+    divider->setFixedSize(1, iconSize + 4);
     layout()->addWidget(divider);
 
     QToolButton *sidebar = addButton(WindowTexts::sidebarHelp.toString());

@@ -36,6 +36,14 @@ QToolButton#section { padding: 5px 8px; background: #2a2a2e; }
 QToolButton#prominent { background: rgba(255, 255, 255, 30); border-radius: 14px; padding: 5px; }
 QToolButton#filterMenu { background: #2a2a2e; padding: 4px 8px; text-align: left; }
 QListView#channels { background: transparent; border: none; }
+QFrame#divider { background: #3a3a3f; }
+QToolButton#filterMenu { padding-right: 18px; }
+QToolButton#filterMenu::menu-indicator { subcontrol-origin: padding;
+                                         subcontrol-position: center right; right: 6px; }
+QScrollBar:vertical { background: transparent; width: 8px; margin: 0; }
+QScrollBar::handle:vertical { background: #48484e; border-radius: 4px; min-height: 24px; }
+QScrollBar::add-line:vertical, QScrollBar::sub-line:vertical { height: 0; }
+QScrollBar::add-page:vertical, QScrollBar::sub-page:vertical { background: none; }
 QSlider::groove:horizontal { height: 4px; background: #3a3a3f; border-radius: 2px; }
 QSlider::sub-page:horizontal { background: #0a84ff; border-radius: 2px; }
 QSlider::handle:horizontal { background: #f2f2f7; width: 12px; height: 12px; margin: -4px 0;

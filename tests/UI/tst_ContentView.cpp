@@ -128,6 +128,8 @@ private Q_SLOTS:
     void displayModeMenuHidesTheSidebar();
     void fullScreenControlsAndCursorHideOnTheirOwn();
     void droppedFilesPlayAndTheWindowTakesTheirShape();
+    void everythingFitsTheSmallestWindow_data();
+    void everythingFitsTheSmallestWindow();
 
 private:
     void loadPlaylist();
@@ -503,6 +505,43 @@ void tst_ContentView::droppedFilesPlayAndTheWindowTakesTheirShape()
     QCOMPARE(state().address(), u"https://tv.example/live.m3u8"_s);
     delete data;
     delete link;
+}
+
+void tst_ContentView::everythingFitsTheSmallestWindow_data()
+{
+    QTest::addColumn<PlayerSidebarSection>("section");
+    QTest::newRow("network") << PlayerSidebarSection::network;
+    QTest::newRow("saved links") << PlayerSidebarSection::localM3U;
+}
+
+void tst_ContentView::everythingFitsTheSmallestWindow()
+{
+    QFETCH(PlayerSidebarSection, section);
+    m_actions->addLink(
+        {u"Arena"_s, *WebAddress::fromText(u"https://tv.example/arena.m3u8"), {}, {}, {}});
+    loadPlaylist();
+    state().setSelectedSidebarSection(section);
+    m_view->resize(520, 360);
+    QTRY_COMPARE(m_view->size(), QSize(520, 360));
+    QTest::qWait(50);
+    // Every control shows whole, inside its own panel, and none covers another.
+    for (QWidget *area :
+         {static_cast<QWidget *>(m_view->controlBar()), m_view->sidebar()->currentPanel()}) {
+        QList<QRect> taken;
+        for (QAbstractButton *button : area->findChildren<QAbstractButton *>()) {
+            if (!button->isVisibleTo(area) || button->parentWidget()->inherits("QStackedWidget"))
+                continue;
+            const QRect place(button->mapTo(area, QPoint()), button->size());
+            QVERIFY2(area->rect().contains(place), qPrintable(button->toolTip() + button->text()));
+            QVERIFY2(button->width() >= button->minimumSizeHint().width(),
+                     qPrintable(button->toolTip() + button->text()));
+            for (const QRect &other : taken)
+                QVERIFY2(!other.intersects(place), qPrintable(button->toolTip() + button->text()));
+            taken.append(place);
+        }
+    }
+    QVERIFY(m_view->controlBar()->seekSlider()->width() >= 60);
+    QVERIFY(m_view->playerArea()->width() >= 200);
 }
 
 int main(int argc, char **argv)
