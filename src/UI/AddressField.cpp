@@ -3,9 +3,7 @@
 #include <QDropEvent>
 #include <QMimeData>
 
-namespace {
-
-QList<QUrl> localFiles(const QMimeData *data)
+QList<QUrl> AddressField::droppedFiles(const QMimeData *data)
 {
     QList<QUrl> files;
     if (data->hasUrls())
@@ -14,6 +12,8 @@ QList<QUrl> localFiles(const QMimeData *data)
                 files.append(url);
     return files;
 }
+
+namespace {
 
 // A dropped web link, from a browser's address (uri-list) or as plain text.
 QString droppedLink(const QMimeData *data)
@@ -35,7 +35,7 @@ AddressField::AddressField(QWidget *parent) : QLineEdit(parent)
 
 void AddressField::dragEnterEvent(QDragEnterEvent *event)
 {
-    if (!localFiles(event->mimeData()).isEmpty() || !droppedLink(event->mimeData()).isEmpty())
+    if (!droppedFiles(event->mimeData()).isEmpty() || !droppedLink(event->mimeData()).isEmpty())
         event->acceptProposedAction();
 }
 
@@ -46,7 +46,7 @@ void AddressField::dragMoveEvent(QDragMoveEvent *event)
 
 void AddressField::dropEvent(QDropEvent *event)
 {
-    if (const QList<QUrl> files = localFiles(event->mimeData()); !files.isEmpty()) {
+    if (const QList<QUrl> files = droppedFiles(event->mimeData()); !files.isEmpty()) {
         event->acceptProposedAction();
         Q_EMIT filesDropped(files);
         return;

@@ -21,6 +21,9 @@ ChannelListView::ChannelListView(ChannelListModel &model, ChannelRowDelegate *de
     setFrameShape(QFrame::NoFrame);
     connect(delegate, &ChannelRowDelegate::actionTriggered, this,
             &ChannelListView::actionTriggered);
+    // Only the rows on screen are drawn again.
+    connect(delegate, &ChannelRowDelegate::appearanceChanged, viewport(),
+            qOverload<>(&QWidget::update));
 }
 
 QRect ChannelListView::actionRect(int row, ChannelRowAction action) const

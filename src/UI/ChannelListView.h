@@ -9,7 +9,7 @@ class ChannelRowDelegate;
 struct PlaylistEntry;
 
 // A channel list: uniform drawn rows, so only the rows on screen cost anything however long the
-// list is. Repaints when a logo arrives, the playing channel changes or the saved links change.
+// list is. Repaints when its rows' appearance changes.
 class ChannelListView : public QListView
 {
     Q_OBJECT

@@ -46,7 +46,13 @@ ChannelRowDelegate::ChannelRowDelegate(ChannelListModel::Rows rows, PlayerModel 
                                        LocalM3UStore &store, ChannelLogoLoader &logos,
                                        QObject *parent)
     : QStyledItemDelegate(parent), m_rows(rows), m_model(model), m_store(store), m_logos(logos)
-{}
+{
+    connect(&m_model, &PlayerModel::currentURLChanged, this,
+            &ChannelRowDelegate::appearanceChanged);
+    connect(&m_store, &LocalM3UStore::entriesChanged, this, &ChannelRowDelegate::appearanceChanged);
+    connect(&m_logos, &ChannelLogoLoader::logoSettled, this,
+            &ChannelRowDelegate::appearanceChanged);
+}
 
 QList<ChannelRowAction> ChannelRowDelegate::actions() const
 {

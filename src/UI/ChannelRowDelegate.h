@@ -43,6 +43,8 @@ public:
 
 Q_SIGNALS:
     void actionTriggered(ChannelRowAction action, const PlaylistEntry &entry);
+    // What the rows show changed: the channel playing, the saved links or a logo.
+    void appearanceChanged();
 
 private:
     std::optional<ChannelRowAction> actionAt(const QRect &row, const QPoint &point) const;

@@ -3,6 +3,7 @@
 #include "App/AppNotifier.h"
 #include "Player/PlayerModel.h"
 #include "Playlist/LocalM3UActions.h"
+#include "UI/AddressField.h"
 #include "UI/ChannelLogoLoader.h"
 #include "UI/ContentState.h"
 #include "UI/LinkEditorDialog.h"
@@ -27,20 +28,6 @@
 #include <QPropertyAnimation>
 #include <QPushButton>
 #include <QWindow>
-
-namespace {
-
-QList<QUrl> droppedFiles(const QMimeData *data)
-{
-    QList<QUrl> files;
-    if (data->hasUrls())
-        for (const QUrl &url : data->urls())
-            if (url.isLocalFile())
-                files.append(url);
-    return files;
-}
-
-} // namespace
 
 ContentView::ContentView(PlayerModel &model, LocalM3UActions &localM3U, QWidget *parent)
     : QWidget(parent), m_model(model), m_localM3U(localM3U),
@@ -191,13 +178,13 @@ void ContentView::playFiles(const QList<QUrl> &files)
 
 void ContentView::dragEnterEvent(QDragEnterEvent *event)
 {
-    if (!droppedFiles(event->mimeData()).isEmpty())
+    if (!AddressField::droppedFiles(event->mimeData()).isEmpty())
         event->acceptProposedAction();
 }
 
 void ContentView::dropEvent(QDropEvent *event)
 {
-    const QList<QUrl> files = droppedFiles(event->mimeData());
+    const QList<QUrl> files = AddressField::droppedFiles(event->mimeData());
     if (files.isEmpty())
         return;
     event->acceptProposedAction();

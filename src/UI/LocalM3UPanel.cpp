@@ -89,10 +89,6 @@ LocalM3UPanel::LocalM3UPanel(PlayerModel &model, ContentState &state, LocalM3UAc
                 }
             });
     connect(&localM3U.store(), &LocalM3UStore::entriesChanged, this, &LocalM3UPanel::refresh);
-    connect(&model, &PlayerModel::currentURLChanged, m_list->viewport(),
-            qOverload<>(&QWidget::update));
-    connect(&logos, &ChannelLogoLoader::logoSettled, m_list->viewport(),
-            qOverload<>(&QWidget::update));
     refresh();
 }
 

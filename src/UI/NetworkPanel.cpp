@@ -114,13 +114,6 @@ NetworkPanel::NetworkPanel(PlayerModel &model, ContentState &state, LocalM3UActi
     connect(&m_model, &PlayerModel::isLoadingChanged, this, &NetworkPanel::refreshPlayButton);
     ChannelListModel &list = state.networkChannels();
     connect(&list, &ChannelListModel::rowsSettled, this, &NetworkPanel::refreshChannels);
-    // The playing mark and the save buttons follow the player and the saved links.
-    connect(&m_model, &PlayerModel::currentURLChanged, m_list->viewport(),
-            qOverload<>(&QWidget::update));
-    connect(&localM3U.store(), &LocalM3UStore::entriesChanged, m_list->viewport(),
-            qOverload<>(&QWidget::update));
-    connect(&logos, &ChannelLogoLoader::logoSettled, m_list->viewport(),
-            qOverload<>(&QWidget::update));
     refreshAddress();
     refreshMovieName();
     refreshPlayButton();
