@@ -2,6 +2,7 @@
 
 #include "App/ContentControlProperties.h"
 #include "App/ControlValues.h"
+#include "App/WindowScreenshot.h"
 #include "Player/PlayerModel.h"
 #include "Playlist/ChannelListModel.h"
 #include "Playlist/LocalM3UActions.h"
@@ -229,7 +230,7 @@ void ControlCommands::screenshot(const QJsonArray &arguments, const Reply &reply
     if (arguments.size() != 1 || !arguments.at(0).isString())
         return reply(invalidParameter, {});
     const QString path = arguments.at(0).toString();
-    if (!m_window.grab().save(path, "PNG"))
+    if (!WindowScreenshot::save(m_window, path))
         return reply(u"cannot write "_s + path, {});
     reply({}, {});
 }

@@ -6,8 +6,8 @@
 #include "UI/PlayerArea.h"
 
 #include <QCoreApplication>
-#include <QImage>
 #include <QPixmap>
+#include <QWidget>
 
 #include <cstdio>
 
@@ -53,11 +53,15 @@ void WindowScreenshot::contentShown()
     m_deadline.start(paintAllowance);
 }
 
+bool WindowScreenshot::save(QWidget &window, const QString &path)
+{
+    return window.grab().save(path, "PNG");
+}
+
 void WindowScreenshot::take()
 {
     m_taking = true;
-    const QImage picture = m_session.window().grab().toImage();
-    if (!picture.save(m_path, "PNG")) {
+    if (!save(m_session.window(), m_path)) {
         std::fprintf(stderr, "velmplayerpro: cannot write the screenshot to %s\n",
                      qPrintable(m_path));
         QCoreApplication::exit(1);

@@ -8,6 +8,7 @@
 #include <optional>
 
 class AppSession;
+class QWidget;
 
 // --screenshot: once the window shows what was opened (the first video frame, a loaded channel
 // list or an error), or after a fixed wait, saves a PNG of the window and quits. Waiting for the
@@ -22,6 +23,9 @@ public:
     // after: a fixed wait in seconds instead of waiting for the content.
     WindowScreenshot(AppSession &session, const QString &path, std::optional<double> after,
                      bool opensSomething, QObject *parent = nullptr);
+
+    // A PNG of the window as shown; false when it cannot be written.
+    static bool save(QWidget &window, const QString &path);
 
 private:
     void contentShown();

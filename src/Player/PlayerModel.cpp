@@ -2,6 +2,7 @@
 
 #include "App/AppIdentity.h"
 #include "App/BackgroundTask.h"
+#include "App/OptionalText.h"
 #include "App/PlayerKeyboardMonitor.h"
 #include "App/PlayerMouseMonitor.h"
 #include "Player/MediaFileChooser.h"
@@ -27,17 +28,6 @@ namespace {
 QString placeholderTitle()
 {
     return AppIdentity::displayName.toString();
-}
-
-// The name trimmed of white space and line breaks; nothing when that leaves no text.
-std::optional<QString> trimmedName(const std::optional<QString> &name)
-{
-    if (!name)
-        return std::nullopt;
-    QString trimmed = name->trimmed();
-    if (trimmed.isEmpty())
-        return std::nullopt;
-    return trimmed;
 }
 
 bool sameAspect(double a, double b)
@@ -316,7 +306,7 @@ QFuture<void> PlayerModel::openRemote(QStringView address,
     }
     assign(m_errorMessage, std::optional<QString>(), &PlayerModel::errorMessageChanged);
     assign(m_playlist, QList<PlaylistEntry>(), &PlayerModel::playlistChanged);
-    const std::optional<QString> name = trimmedName(displayName);
+    const std::optional<QString> name = trimmedText(displayName);
     const QString title = name.value_or(placeholderTitle());
 
     switch (target.kind) {
@@ -441,7 +431,7 @@ void PlayerModel::publishLoadedPlaylist(const QUuid &requestID, const PlaylistRe
     if (result.succeeded()) {
         assign(m_playlist, result.entries, &PlayerModel::playlistChanged);
         assign(m_title,
-               trimmedName(displayName).value_or(PlayerTexts::networkPlaylistTitle.toString()),
+               trimmedText(displayName).value_or(PlayerTexts::networkPlaylistTitle.toString()),
                &PlayerModel::titleChanged);
     } else {
         assign(m_errorMessage,
@@ -487,7 +477,7 @@ PlayerModel::importLocalM3UFile(const QString &path, const std::optional<QString
             const QString fileTitle =
                 file.completeBaseName().isEmpty() ? file.fileName() : file.completeBaseName();
             assign(m_playlist, result.entries, &PlayerModel::playlistChanged);
-            assign(m_title, trimmedName(displayName).value_or(fileTitle),
+            assign(m_title, trimmedText(displayName).value_or(fileTitle),
                    &PlayerModel::titleChanged);
             return result.entries;
         });

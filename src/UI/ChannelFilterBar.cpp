@@ -26,23 +26,23 @@ QToolButton *menuButton(QWidget *parent)
     return button;
 }
 
-// "Countries" or "Category" with its symbol, ticked when nothing is chosen, then a divider.
-void addClearingItem(QMenu *menu, const QString &label, QStringView symbol, bool ticked,
-                     const std::function<void()> &choose)
-{
-    QAction *item = menu->addAction(SymbolIcons::icon(symbol), label);
-    item->setCheckable(true);
-    item->setChecked(ticked);
-    QObject::connect(item, &QAction::triggered, menu, choose);
-    menu->addSeparator();
-}
-
-void addChoice(QMenu *menu, const QString &label, bool ticked, const std::function<void()> &choose)
+// A choice of a filter menu, ticked when it is the one chosen.
+QAction *addChoice(QMenu *menu, const QString &label, bool ticked,
+                   const std::function<void()> &choose)
 {
     QAction *item = menu->addAction(label);
     item->setCheckable(true);
     item->setChecked(ticked);
     QObject::connect(item, &QAction::triggered, menu, choose);
+    return item;
+}
+
+// "Countries" or "Category" with its symbol, ticked when nothing is chosen, then a divider.
+void addClearingItem(QMenu *menu, const QString &label, QStringView symbol, bool ticked,
+                     const std::function<void()> &choose)
+{
+    addChoice(menu, label, ticked, choose)->setIcon(SymbolIcons::icon(symbol));
+    menu->addSeparator();
 }
 
 } // namespace

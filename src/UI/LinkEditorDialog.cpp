@@ -1,5 +1,7 @@
 #include "UI/LinkEditorDialog.h"
 
+#include "App/OptionalText.h"
+
 #include "UI/WindowTexts.h"
 
 #include <QDialogButtonBox>
@@ -23,16 +25,10 @@ QLineEdit *field(const QString &placeholder, const QString &text, QWidget *paren
     return edit;
 }
 
-std::optional<QString> presentText(const QString &text)
-{
-    const QString trimmed = text.trimmed();
-    return trimmed.isEmpty() ? std::nullopt : std::optional(trimmed);
-}
-
 // A typed logo may be an address or a path on this computer.
 std::optional<WebAddress> logoAddress(const QString &text)
 {
-    const std::optional<QString> trimmed = presentText(text);
+    const std::optional<QString> trimmed = trimmedText(text);
     if (!trimmed)
         return std::nullopt;
     if (QDir::isAbsolutePath(*trimmed))
@@ -132,10 +128,10 @@ void LinkEditorDialog::trySave()
     if (!url || (scheme != u"http" && scheme != u"https") || !url->host())
         return refuse(WindowTexts::validURLRequired);
     m_refusal->hide();
-    std::optional<QString> country = presentText(m_country->text());
+    std::optional<QString> country = trimmedText(m_country->text());
     if (country)
         *country = country->toUpper();
     Q_EMIT saved(LocalLinkFields{m_name->text().trimmed(), *url, logoAddress(m_logo->text()),
-                                 country, presentText(m_category->text())});
+                                 country, trimmedText(m_category->text())});
     accept();
 }

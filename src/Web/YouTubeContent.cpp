@@ -1,5 +1,7 @@
 #include "Web/YouTubeContent.h"
 
+#include "App/OptionalText.h"
+
 #include "Web/WebVideoHosts.h"
 
 namespace {
@@ -57,14 +59,6 @@ std::optional<QString> videoCandidate(const WebAddress &url, HostForm form,
     return componentAfterKeyword(components);
 }
 
-std::optional<QString> trimmedNonEmpty(const std::optional<QString> &candidate)
-{
-    if (!candidate)
-        return std::nullopt;
-    QString trimmed = candidate->trimmed();
-    return trimmed.isEmpty() ? std::nullopt : std::optional(std::move(trimmed));
-}
-
 } // namespace
 
 YouTubeContent::YouTubeContent(std::optional<QString> videoID, std::optional<QString> playlistID)
@@ -77,8 +71,8 @@ std::optional<YouTubeContent> YouTubeContent::fromUrl(const WebAddress &url)
     if (!form)
         return std::nullopt;
     const QList<WebAddress::QueryItem> items = url.queryItems();
-    std::optional<QString> playlist = trimmedNonEmpty(firstQueryValue(items, u"list"));
-    std::optional<QString> video = trimmedNonEmpty(videoCandidate(url, *form, items));
+    std::optional<QString> playlist = trimmedText(firstQueryValue(items, u"list"));
+    std::optional<QString> video = trimmedText(videoCandidate(url, *form, items));
     if (!video && !playlist)
         return std::nullopt;
     return YouTubeContent(std::move(video), std::move(playlist));
