@@ -5,6 +5,8 @@
 // Each prints one JSON line. Output is headless (no video or audio device), as for mpv --vo=null.
 
 #include "Player/PlayerModel.h"
+#include "Web/OKVideoPlayerRegistry.h"
+#include "Web/YouTubePlayerRegistry.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -33,7 +35,9 @@ int main(int argc, char **argv)
     const WebAddress file =
         WebAddress::fromLocalFile(QFileInfo(arguments.at(2)).absoluteFilePath());
 
-    PlayerModel model(MpvEngine::Output::headless);
+    YouTubePlayerRegistry youtubePlayers;
+    OKVideoPlayerRegistry okVideoPlayers;
+    PlayerModel model(youtubePlayers, okVideoPlayers, MpvEngine::Output::headless);
     QElapsedTimer clock;
     if (command == QStringLiteral("first-frame")) {
         QObject::connect(&model.engine(), &MpvEngine::framesReady, &application, [&] {

@@ -4,8 +4,11 @@
 // second of warm-up, counts for SECONDS the frames drawn, the frames mpv dropped and the CPU time
 // of the whole process. Prints one JSON line.
 
+#include "Base/AppNotifier.h"
 #include "Player/PlayerModel.h"
 #include "Surface/PlayerHostingView.h"
+#include "Web/OKVideoPlayerRegistry.h"
+#include "Web/YouTubePlayerRegistry.h"
 
 #include <QApplication>
 #include <QFileInfo>
@@ -48,8 +51,11 @@ int main(int argc, char **argv)
     if (!mode || size.size() != 2 || seconds <= 0)
         return usage();
 
-    PlayerModel model(MpvEngine::Output::render);
-    PlayerHostingView view;
+    YouTubePlayerRegistry youtubePlayers;
+    OKVideoPlayerRegistry okVideoPlayers;
+    PlayerModel model(youtubePlayers, okVideoPlayers, MpvEngine::Output::render);
+    AppNotifier notifier;
+    PlayerHostingView view(notifier);
     view.setPlayer(&model.engine());
     view.setDisplayMode(*mode);
     view.resize(size.at(0).toInt(), size.at(1).toInt());

@@ -1,6 +1,6 @@
 #include "App/AppCommandLine.h"
 
-#include "App/AppIdentity.h"
+#include "Base/AppIdentity.h"
 
 #include <QDir>
 #include <QRegularExpression>

@@ -3,29 +3,41 @@
 #include "App/AppCommandLine.h"
 #include "App/AppMenus.h"
 #include "App/ControlServer.h"
+#include "App/PlayerKeyboardMonitor.h"
+#include "App/PlayerMouseMonitor.h"
 #include "UI/ContentView.h"
 
 #include <QDir>
 #include <QMenuBar>
 
 AppSession::AppSession()
-    : m_fileChooser(&m_window), m_exportPrompts(&m_window),
-      m_localM3U(m_player, LocalM3UStore::shared()),
-      m_content(new ContentView(m_player, m_localM3U)),
+    : m_player(m_youtubePlayers, m_okVideoPlayers), m_fileChooser(&m_window),
+      m_exportPrompts(&m_window), m_localM3U(m_player, m_localStore),
+      m_content(new ContentView(
+          m_player, m_localM3U,
+          {m_notifier, m_surfaces, m_youtubePlayers, m_okVideoPlayers, m_webProfile})),
       m_commands(m_player, m_localM3U, *m_content, m_window)
 {
     m_player.setFileChooser(&m_fileChooser);
     m_localM3U.setExportPrompts(&m_exportPrompts);
     m_window.setContent(m_content);
     new AppMenus(*m_window.menuBar(), m_player); // owned by the menu bar
-    connect(&m_window, &AppWindow::appeared, &m_player, &PlayerModel::installKeyboardShortcuts);
+    connect(&m_window, &AppWindow::appeared, this, &AppSession::installMonitors);
 }
 
 AppSession::~AppSession() = default;
 
+void AppSession::installMonitors()
+{
+    if (m_keyboardMonitor)
+        return;
+    m_keyboardMonitor = std::make_unique<PlayerKeyboardMonitor>(m_player);
+    m_mouseMonitor = std::make_unique<PlayerMouseMonitor>(m_notifier);
+}
+
 std::optional<QString> AppSession::startControlServer(const QString &path)
 {
-    m_controlServer = std::make_unique<ControlServer>(m_commands);
+    m_controlServer = std::make_unique<ControlServer>(m_commands, m_notifier);
     return m_controlServer->listen(path);
 }
 

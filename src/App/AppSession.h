@@ -2,10 +2,17 @@
 
 #include "App/AppWindow.h"
 #include "App/ControlCommands.h"
+#include "Base/AppNotifier.h"
 #include "Player/PlayerModel.h"
-#include "Playlist/LocalM3UActions.h"
+#include "Playlist/LocalM3UStore.h"
+#include "Recording/PlayerSurfaceRegistry.h"
 #include "UI/DialogLocalM3UExportPrompts.h"
 #include "UI/DialogMediaFileChooser.h"
+#include "UI/LocalM3UActions.h"
+#include "Web/OKVideoPlayerRegistry.h"
+#include "Web/PlayerViewServices.h"
+#include "Web/WebPlayerProfile.h"
+#include "Web/YouTubePlayerRegistry.h"
 
 #include <QObject>
 #include <QStringList>
@@ -15,10 +22,14 @@
 
 class ContentView;
 class ControlServer;
+class PlayerKeyboardMonitor;
+class PlayerMouseMonitor;
 
 // Everything the running application is made of, created once after the QApplication and torn
-// down with it: the one player model, the main window with its menus and dialogs, the actions on
-// the saved links, and the optional control socket.
+// down with it: the application-wide registries, notifier, browser profile and saved links, the
+// one player model, the main window with its menus and dialogs, the key and mouse monitors once
+// the window is up, and the optional control socket. Each object gets the others it works with
+// from here; none reaches for a global.
 class AppSession : public QObject
 {
     Q_OBJECT
@@ -40,6 +51,16 @@ public:
     ContentView &content() { return *m_content; }
 
 private:
+    // Keys and mouse movements anywhere in the application reach the player from now on.
+    void installMonitors();
+
+    // Declared before everything that refers to them, so they outlive it.
+    AppNotifier m_notifier;
+    PlayerSurfaceRegistry m_surfaces;
+    YouTubePlayerRegistry m_youtubePlayers;
+    OKVideoPlayerRegistry m_okVideoPlayers;
+    WebPlayerProfile m_webProfile;
+    LocalM3UStore m_localStore;
     PlayerModel m_player;
     AppWindow m_window;
     DialogMediaFileChooser m_fileChooser;
@@ -47,5 +68,7 @@ private:
     LocalM3UActions m_localM3U;
     ContentView *m_content; // owned by the window
     ControlCommands m_commands;
+    std::unique_ptr<PlayerKeyboardMonitor> m_keyboardMonitor;
+    std::unique_ptr<PlayerMouseMonitor> m_mouseMonitor;
     std::unique_ptr<ControlServer> m_controlServer;
 };

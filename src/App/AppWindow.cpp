@@ -1,6 +1,6 @@
 #include "App/AppWindow.h"
 
-#include "App/AppIdentity.h"
+#include "Base/AppIdentity.h"
 
 AppWindow::AppWindow(QWidget *parent) : QMainWindow(parent)
 {

@@ -5,11 +5,11 @@
 #include "App/WindowScreenshot.h"
 #include "Player/PlayerModel.h"
 #include "Playlist/ChannelListModel.h"
-#include "Playlist/LocalM3UActions.h"
 #include "Playlist/PlaylistJson.h"
 #include "Playlist/PlaylistTexts.h"
 #include "UI/ContentState.h"
 #include "UI/ContentView.h"
+#include "UI/LocalM3UActions.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -56,6 +56,17 @@ bool optionalText(const QJsonArray &arguments, qsizetype at, std::optional<QStri
     if (!arguments.at(at).isString())
         return false;
     text = arguments.at(at).toString();
+    return true;
+}
+
+// A text and an optional display name after it, as [TEXT] or [TEXT, NAME]; false for anything else.
+bool textAndOptionalName(const QJsonArray &arguments, QString &text,
+                         std::optional<QString> &displayName)
+{
+    if (arguments.isEmpty() || arguments.size() > 2 || !arguments.at(0).isString() ||
+        !optionalText(arguments, 1, displayName))
+        return false;
+    text = arguments.at(0).toString();
     return true;
 }
 
@@ -235,18 +246,25 @@ void ControlCommands::screenshot(const QJsonArray &arguments, const Reply &reply
     reply({}, {});
 }
 
-void ControlCommands::playlistEntry(const QJsonArray &arguments, const Reply &reply)
+const PlaylistEntry *ControlCommands::playlistArgument(const QJsonArray &arguments,
+                                                       const Reply &reply)
 {
     if (arguments.size() != 1 || !isIndex(arguments.at(0))) {
         reply(invalidParameter, {});
-        return;
+        return nullptr;
     }
     const auto index = qsizetype(arguments.at(0).toDouble());
     if (index >= m_model.playlist().size()) {
         reply(u"index out of range"_s, {});
-        return;
+        return nullptr;
     }
-    reply({}, QJsonDocument::fromJson(PlaylistJson::encode(m_model.playlist().at(index))).object());
+    return &m_model.playlist().at(index);
+}
+
+void ControlCommands::playlistEntry(const QJsonArray &arguments, const Reply &reply)
+{
+    if (const PlaylistEntry *entry = playlistArgument(arguments, reply))
+        reply({}, QJsonDocument::fromJson(PlaylistJson::encode(*entry)).object());
 }
 
 void ControlCommands::play(const QJsonArray &arguments, const Reply &reply)
@@ -272,15 +290,11 @@ void ControlCommands::play(const QJsonArray &arguments, const Reply &reply)
 
 void ControlCommands::openRemote(const QJsonArray &arguments, const Reply &reply)
 {
+    QString address;
     std::optional<QString> displayName;
-    if (arguments.isEmpty() || arguments.size() > 2 || !arguments.at(0).isString() ||
-        !optionalText(arguments, 1, displayName)) {
-        reply(invalidParameter, {});
-        return;
-    }
-    m_model.openRemote(arguments.at(0).toString(), displayName).then(this, [reply] {
-        reply({}, {});
-    });
+    if (!textAndOptionalName(arguments, address, displayName))
+        return reply(invalidParameter, {});
+    m_model.openRemote(address, displayName).then(this, [reply] { reply({}, {}); });
 }
 
 void ControlCommands::modelAction(void (PlayerModel::*action)(), const QJsonArray &arguments,
@@ -310,30 +324,24 @@ void ControlCommands::localEntries(const QJsonArray &arguments, const Reply &rep
 
 void ControlCommands::saveToLocalM3U(const QJsonArray &arguments, const Reply &reply)
 {
-    if (arguments.size() != 1 || !isIndex(arguments.at(0)))
-        return reply(invalidParameter, {});
-    const auto index = qsizetype(arguments.at(0).toDouble());
-    if (index >= m_model.playlist().size())
-        return reply(u"index out of range"_s, {});
-    m_localM3U.saveToLocalM3U(m_model.playlist().at(index));
-    reply({}, {});
+    if (const PlaylistEntry *entry = playlistArgument(arguments, reply)) {
+        m_localM3U.saveToLocalM3U(*entry);
+        reply({}, {});
+    }
 }
 
 void ControlCommands::importLocalM3U(const QJsonArray &arguments, const Reply &reply)
 {
+    QString path;
     std::optional<QString> displayName;
-    if (arguments.isEmpty() || arguments.size() > 2 || !arguments.at(0).isString() ||
-        !optionalText(arguments, 1, displayName)) {
-        reply(invalidParameter, {});
-        return;
-    }
-    m_localM3U.importLocalPlaylistFile(arguments.at(0).toString(), displayName)
-        .then(this, [this, reply](bool imported) {
-            if (imported)
-                reply({}, double(m_localM3U.store().entries().size()));
-            else
-                reply(m_model.errorMessage().value_or(u"the import was superseded"_s), {});
-        });
+    if (!textAndOptionalName(arguments, path, displayName))
+        return reply(invalidParameter, {});
+    m_localM3U.importLocalPlaylistFile(path, displayName).then(this, [this, reply](bool imported) {
+        if (imported)
+            reply({}, double(m_localM3U.store().entries().size()));
+        else
+            reply(m_model.errorMessage().value_or(u"the import was superseded"_s), {});
+    });
 }
 
 void ControlCommands::exportLocalM3U(const QJsonArray &arguments, const Reply &reply)

@@ -11,6 +11,7 @@ class ContentView;
 class LocalM3UActions;
 class PlayerModel;
 class QWidget;
+struct PlaylistEntry;
 
 // The commands of the control socket, each a name and its arguments as in
 // {"command": ["skip", 5]}. Every command answers exactly once through its reply: an empty error
@@ -36,6 +37,9 @@ private:
     void setProperty(const QJsonArray &arguments, const Reply &reply);
     void filteredCount(const QJsonArray &arguments, const Reply &reply);
     void screenshot(const QJsonArray &arguments, const Reply &reply);
+    // The channel of the published playlist that the one argument counts to; otherwise the
+    // error is replied and nothing is returned.
+    const PlaylistEntry *playlistArgument(const QJsonArray &arguments, const Reply &reply);
     void playlistEntry(const QJsonArray &arguments, const Reply &reply);
     void play(const QJsonArray &arguments, const Reply &reply);
     void openRemote(const QJsonArray &arguments, const Reply &reply);

@@ -1,7 +1,7 @@
 #include "App/ControlServer.h"
 
-#include "App/AppNotifier.h"
 #include "App/ControlCommands.h"
+#include "Base/AppNotifier.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -16,14 +16,14 @@ const QStringList eventNames = {AppNotifier::playerSurfaceClickedName.toString()
                                 AppNotifier::playerMouseMovedName.toString()};
 } // namespace
 
-ControlServer::ControlServer(ControlCommands &commands, QObject *parent)
+ControlServer::ControlServer(ControlCommands &commands, AppNotifier &notifier, QObject *parent)
     : QObject(parent), m_commands(commands)
 {
     m_server.setSocketOptions(QLocalServer::UserAccessOption);
     connect(&m_server, &QLocalServer::newConnection, this, &ControlServer::accept);
-    connect(&AppNotifier::shared(), &AppNotifier::playerSurfaceClicked, this,
+    connect(&notifier, &AppNotifier::playerSurfaceClicked, this,
             [this] { sendEvent(AppNotifier::playerSurfaceClickedName.toString()); });
-    connect(&AppNotifier::shared(), &AppNotifier::playerMouseMoved, this,
+    connect(&notifier, &AppNotifier::playerMouseMoved, this,
             [this] { sendEvent(AppNotifier::playerMouseMovedName.toString()); });
 }
 

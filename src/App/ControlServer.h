@@ -9,6 +9,7 @@
 #include <QSet>
 #include <QString>
 
+class AppNotifier;
 class ControlCommands;
 class QLocalSocket;
 
@@ -25,7 +26,8 @@ public:
     // Lines longer than this are dropped with an error instead of growing the buffer without end.
     static constexpr qsizetype maximumLineLength = 1 << 20;
 
-    explicit ControlServer(ControlCommands &commands, QObject *parent = nullptr);
+    // Events are the notifier's notifications.
+    ControlServer(ControlCommands &commands, AppNotifier &notifier, QObject *parent = nullptr);
     ~ControlServer() override;
 
     // Listens at path, replacing a socket file left there by an earlier run. Returns the

@@ -1,8 +1,8 @@
 #include "App/ControlValues.h"
 
+#include "Base/WebAddress.h"
 #include "Playlist/PlaylistEntry.h"
 #include "Web/OKVideoContent.h"
-#include "Web/WebAddress.h"
 #include "Web/YouTubeContent.h"
 
 #include <QJsonObject>

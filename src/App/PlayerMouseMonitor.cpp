@@ -1,11 +1,11 @@
 #include "App/PlayerMouseMonitor.h"
 
-#include "App/AppNotifier.h"
+#include "Base/AppNotifier.h"
 
 #include <QCoreApplication>
 #include <QEvent>
 
-PlayerMouseMonitor::PlayerMouseMonitor()
+PlayerMouseMonitor::PlayerMouseMonitor(AppNotifier &notifier) : m_notifier(notifier)
 {
     QCoreApplication::instance()->installEventFilter(this);
 }
@@ -19,6 +19,6 @@ PlayerMouseMonitor::~PlayerMouseMonitor()
 bool PlayerMouseMonitor::eventFilter(QObject *watched, QEvent *event)
 {
     if (event->type() == QEvent::MouseMove && watched->isWindowType())
-        Q_EMIT AppNotifier::shared().playerMouseMoved(watched);
+        Q_EMIT m_notifier.playerMouseMoved(watched);
     return false;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Web/WebAddress.h"
+#include "Base/WebAddress.h"
 
 #include <QApplication>
 

@@ -1,9 +1,9 @@
 #include "App/AppCommandLine.h"
-#include "App/AppIdentity.h"
 #include "App/AppSession.h"
 #include "App/AppStartup.h"
 #include "App/VelmApplication.h"
 #include "App/WindowScreenshot.h"
+#include "Base/AppIdentity.h"
 #include "UI/PlayerTheme.h"
 
 #include <cstdio>

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Base/WebAddress.h"
 #include "Web/OKVideoContent.h"
-#include "Web/WebAddress.h"
 #include "Web/YouTubeContent.h"
 
 #include <QString>

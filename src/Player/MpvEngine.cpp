@@ -1,6 +1,6 @@
 #include "Player/MpvEngine.h"
 
-#include "App/AppIdentity.h"
+#include "Base/AppIdentity.h"
 #include "Player/MediaSchemes.h"
 
 #include <mpv/client.h>
@@ -178,6 +178,15 @@ void MpvEngine::fetchMediaProperties()
     }
 }
 
+void MpvEngine::resetCurrentLoad(bool hasMedia)
+{
+    m_hasMedia = hasMedia;
+    m_failed = false;
+    m_currentEntryID = -1;
+    m_currentLoaded = false;
+    forgetMediaProperties();
+}
+
 void MpvEngine::forgetMediaProperties()
 {
     m_position = unknown;
@@ -219,12 +228,8 @@ void MpvEngine::command(std::initializer_list<const char *> arguments, quint64 t
 void MpvEngine::load(const QString &target)
 {
     const Exposed before = exposed();
-    m_hasMedia = true;
-    m_failed = false;
+    resetCurrentLoad(true);
     m_pendingLoad = target;
-    m_currentEntryID = -1;
-    m_currentLoaded = false;
-    forgetMediaProperties();
     if (m_renderReady)
         startPendingLoad();
     announceChanges(before);
@@ -253,12 +258,8 @@ void MpvEngine::stop()
     if (!m_hasMedia)
         return;
     const Exposed before = exposed();
-    m_hasMedia = false;
-    m_failed = false;
+    resetCurrentLoad(false);
     ++m_loadGeneration;
-    m_currentEntryID = -1;
-    m_currentLoaded = false;
-    forgetMediaProperties();
     command({"stop"});
     announceChanges(before);
 }

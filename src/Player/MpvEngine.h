@@ -106,6 +106,8 @@ private:
     void setOptions(Output output);
     void observeProperties();
     void fetchMediaProperties();
+    // A new current load (or none): nothing is known of it yet, and nothing of the media before.
+    void resetCurrentLoad(bool hasMedia);
     void forgetMediaProperties();
     void drainEvents();
     void handleEvent(const mpv_event &event);

@@ -1,10 +1,8 @@
 #include "Player/PlayerModel.h"
 
-#include "App/AppIdentity.h"
-#include "App/BackgroundTask.h"
-#include "App/OptionalText.h"
-#include "App/PlayerKeyboardMonitor.h"
-#include "App/PlayerMouseMonitor.h"
+#include "Base/AppIdentity.h"
+#include "Base/BackgroundTask.h"
+#include "Base/OptionalText.h"
 #include "Player/MediaFileChooser.h"
 #include "Player/PlayerTexts.h"
 #include "Player/PlayerTiming.h"
@@ -36,8 +34,11 @@ bool sameAspect(double a, double b)
 }
 } // namespace
 
-PlayerModel::PlayerModel(MpvEngine::Output output, QObject *parent)
-    : QObject(parent), m_engine(output), m_playlistTimeout(PlayerTiming::playlistTimeout),
+PlayerModel::PlayerModel(YouTubePlayerRegistry &youtubePlayers,
+                         OKVideoPlayerRegistry &okVideoPlayers, MpvEngine::Output output,
+                         QObject *parent)
+    : QObject(parent), m_engine(output), m_youtubePlayers(youtubePlayers),
+      m_okVideoPlayers(okVideoPlayers), m_playlistTimeout(PlayerTiming::playlistTimeout),
       m_title(placeholderTitle()), m_mediaLoadID(QUuid::createUuid()),
       m_remoteRequestID(QUuid::createUuid())
 {
@@ -73,14 +74,6 @@ PlayerModel::~PlayerModel()
     m_engine.disconnect(this);
 }
 
-void PlayerModel::installKeyboardShortcuts()
-{
-    if (m_keyboardMonitor)
-        return;
-    m_keyboardMonitor = std::make_unique<PlayerKeyboardMonitor>(*this);
-    m_mouseMonitor = std::make_unique<PlayerMouseMonitor>();
-}
-
 template <typename T>
 void PlayerModel::assign(T &field, const T &value, void (PlayerModel::*changed)())
 {
@@ -93,9 +86,9 @@ void PlayerModel::assign(T &field, const T &value, void (PlayerModel::*changed)(
 WebPlayerRegistry *PlayerModel::activeWebPlayer() const
 {
     if (m_youtubeContent)
-        return &YouTubePlayerRegistry::shared();
+        return &m_youtubePlayers;
     if (m_okVideoContent)
-        return &OKVideoPlayerRegistry::shared();
+        return &m_okVideoPlayers;
     return nullptr;
 }
 

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "Base/WebAddress.h"
 #include "Player/LastPlayableSource.h"
 #include "Player/MpvEngine.h"
 #include "Playlist/PlaylistEntry.h"
 #include "Playlist/PlaylistReadResult.h"
 #include "Web/OKVideoContent.h"
-#include "Web/WebAddress.h"
 #include "Web/YouTubeContent.h"
 
 #include <QFuture>
@@ -22,9 +22,9 @@
 #include <optional>
 
 class MediaFileChooser;
-class PlayerKeyboardMonitor;
-class PlayerMouseMonitor;
+class OKVideoPlayerRegistry;
 class WebPlayerRegistry;
+class YouTubePlayerRegistry;
 
 // The one object that holds the state of playback and carries out every transport action.
 //
@@ -62,8 +62,9 @@ class PlayerModel : public QObject
 public:
     using PlaylistImport = QFuture<std::optional<QList<PlaylistEntry>>>;
 
-    explicit PlayerModel(MpvEngine::Output output = MpvEngine::Output::render,
-                         QObject *parent = nullptr);
+    // Web videos get their script commands through the two registries, which outlive the model.
+    PlayerModel(YouTubePlayerRegistry &youtubePlayers, OKVideoPlayerRegistry &okVideoPlayers,
+                MpvEngine::Output output = MpvEngine::Output::render, QObject *parent = nullptr);
     ~PlayerModel() override;
 
     // The one engine; never replaced. The video surface draws from it.
@@ -114,9 +115,6 @@ public:
     void toggleMute();
     void showToast(const QString &message, std::uint64_t durationNanoseconds);
     void updateStreamTitle(const QString &name);
-    // Starts the keyboard and mouse monitors of the application (needs a QGuiApplication); they
-    // stay until the model goes. A second call does nothing.
-    void installKeyboardShortcuts();
 
     // Plays, shows or loads what the typed text names: a YouTube or OK.ru video, an IPTV
     // playlist, or a stream. The future finishes when the source is started or the playlist load
@@ -180,8 +178,8 @@ private:
     QTimer m_bufferingIndicatorTimer;
     QTimer m_toastTimer;
     MediaFileChooser *m_fileChooser = nullptr;
-    std::unique_ptr<PlayerKeyboardMonitor> m_keyboardMonitor;
-    std::unique_ptr<PlayerMouseMonitor> m_mouseMonitor;
+    YouTubePlayerRegistry &m_youtubePlayers;
+    OKVideoPlayerRegistry &m_okVideoPlayers;
     std::chrono::milliseconds m_playlistTimeout;
 
     QString m_title;

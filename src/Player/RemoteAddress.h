@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Base/WebAddress.h"
 #include "Player/RemoteTarget.h"
-#include "Web/WebAddress.h"
 
 #include <QString>
 

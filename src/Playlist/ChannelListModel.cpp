@@ -1,6 +1,6 @@
 #include "Playlist/ChannelListModel.h"
 
-#include "App/BackgroundTask.h"
+#include "Base/BackgroundTask.h"
 
 #include "Playlist/CountryNames.h"
 #include "Playlist/PlaylistTexts.h"

@@ -5,13 +5,6 @@
 
 #include <QSettings>
 
-LocalM3UStore &LocalM3UStore::shared()
-{
-    // Lives until the process ends, like the list it mirrors.
-    static auto *store = new LocalM3UStore;
-    return *store;
-}
-
 LocalM3UStore::LocalM3UStore(QObject *parent) : QObject(parent)
 {
     load();

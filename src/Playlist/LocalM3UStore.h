@@ -19,8 +19,8 @@ struct LocalLinkFields
     std::optional<QString> category;
 };
 
-// The user's saved links ("Local M3U"), newest first, kept in the settings store under one key as
-// the compact JSON text of the whole list.
+// The user's saved links ("Local M3U"), newest first, one store for the life of the application,
+// kept in the settings store under one key as the compact JSON text of the whole list.
 //
 // The list is read once when the store is made. Stored data that does not decode as a whole
 // (damaged text, one record without its id, name or address) is ignored: the store starts empty
@@ -34,9 +34,6 @@ class LocalM3UStore : public QObject
     Q_PROPERTY(QList<PlaylistEntry> entries READ entries WRITE setEntries NOTIFY entriesChanged)
 
 public:
-    // The process-wide store, made on first use.
-    static LocalM3UStore &shared();
-
     explicit LocalM3UStore(QObject *parent = nullptr);
 
     const QList<PlaylistEntry> &entries() const { return m_entries; }

@@ -1,6 +1,6 @@
 #include "Playlist/PlaylistDownload.h"
 
-#include "App/AppIdentity.h"
+#include "Base/AppIdentity.h"
 #include "Playlist/PlaylistReader.h"
 
 #include <QNetworkAccessManager>

@@ -1,6 +1,6 @@
 #include "Playlist/PlaylistJson.h"
 
-#include "Playlist/JsonText.h"
+#include "Base/JsonText.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "Base/WebAddress.h"
 #include "Playlist/PlaylistEntry.h"
 #include "Playlist/StringPool.h"
-#include "Web/WebAddress.h"
 
 #include <QList>
 #include <QStringView>

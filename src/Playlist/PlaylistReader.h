@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Base/WebAddress.h"
 #include "Playlist/PlaylistReadResult.h"
-#include "Web/WebAddress.h"
 
 #include <QByteArrayView>
 #include <QString>

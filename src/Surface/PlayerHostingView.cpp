@@ -1,6 +1,6 @@
 #include "Surface/PlayerHostingView.h"
 
-#include "App/AppNotifier.h"
+#include "Base/AppNotifier.h"
 #include "Player/MpvEngine.h"
 #include "Surface/PlayerLayerGeometry.h"
 
@@ -55,7 +55,8 @@ double pictureAspect(const MpvEngine *player)
 
 } // namespace
 
-PlayerHostingView::PlayerHostingView(QWidget *parent) : QOpenGLWidget(parent)
+PlayerHostingView::PlayerHostingView(AppNotifier &notifier, QWidget *parent)
+    : QOpenGLWidget(parent), m_notifier(notifier)
 {
     setAttribute(Qt::WA_OpaquePaintEvent);
     setMouseTracking(false);
@@ -332,7 +333,7 @@ void PlayerHostingView::drawPicture(const PlayerLayerLayout &layout,
 
 void PlayerHostingView::mousePressEvent(QMouseEvent *event)
 {
-    Q_EMIT AppNotifier::shared().playerSurfaceClicked(window()->windowHandle());
+    Q_EMIT m_notifier.playerSurfaceClicked(window()->windowHandle());
     if (event->button() != Qt::LeftButton)
         return;
     if (m_displayMode == PortraitDisplayMode::manual)

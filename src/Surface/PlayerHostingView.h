@@ -12,6 +12,7 @@
 #include <memory>
 #include <optional>
 
+class AppNotifier;
 class MpvEngine;
 class QOpenGLBuffer;
 class QOpenGLFramebufferObject;
@@ -33,7 +34,8 @@ class PlayerHostingView : public QOpenGLWidget,
     Q_OBJECT
 
 public:
-    explicit PlayerHostingView(QWidget *parent = nullptr);
+    // Presses on the picture are announced through the notifier.
+    explicit PlayerHostingView(AppNotifier &notifier, QWidget *parent = nullptr);
     ~PlayerHostingView() override;
 
     // The engine whose video is drawn; its render context is made once OpenGL is ready.
@@ -92,6 +94,7 @@ private:
                      QSize pixels);
     void startWindowDrag(QMouseEvent *event);
 
+    AppNotifier &m_notifier;
     QPointer<MpvEngine> m_player;
     mpv_render_context *m_render = nullptr;
     PortraitDisplayMode m_displayMode = PortraitDisplayMode::normal;

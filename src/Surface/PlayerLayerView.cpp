@@ -5,8 +5,9 @@
 
 #include <QVBoxLayout>
 
-PlayerLayerView::PlayerLayerView(QWidget *parent)
-    : QWidget(parent), m_hostingView(new PlayerHostingView(this))
+PlayerLayerView::PlayerLayerView(PlayerSurfaceRegistry &surfaces, AppNotifier &notifier,
+                                 QWidget *parent)
+    : QWidget(parent), m_surfaces(surfaces), m_hostingView(new PlayerHostingView(notifier, this))
 {
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -15,7 +16,7 @@ PlayerLayerView::PlayerLayerView(QWidget *parent)
 
 void PlayerLayerView::apply(MpvEngine &player, PortraitDisplayMode mode, bool fillScreen)
 {
-    PlayerSurfaceRegistry::shared().setSurface(m_hostingView);
+    m_surfaces.hold(m_hostingView);
     m_hostingView->setPlayer(&player);
     m_hostingView->setDisplayMode(mode);
     m_hostingView->setFillScreen(fillScreen);

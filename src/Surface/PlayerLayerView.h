@@ -4,8 +4,10 @@
 
 #include <QWidget>
 
+class AppNotifier;
 class MpvEngine;
 class PlayerHostingView;
+class PlayerSurfaceRegistry;
 
 // The media engine's picture in the video area: holds the hosting view and brings it up to date
 // with the player, the display mode and the full-screen state. Made when the area shows media,
@@ -15,7 +17,8 @@ class PlayerLayerView : public QWidget
     Q_OBJECT
 
 public:
-    explicit PlayerLayerView(QWidget *parent = nullptr);
+    PlayerLayerView(PlayerSurfaceRegistry &surfaces, AppNotifier &notifier,
+                    QWidget *parent = nullptr);
 
     // On making and on every change: registers the hosting view as the recordable surface, then
     // gives it the player, the mode and the full-screen state, in that order.
@@ -24,5 +27,6 @@ public:
     PlayerHostingView *hostingView() const { return m_hostingView; }
 
 private:
+    PlayerSurfaceRegistry &m_surfaces;
     PlayerHostingView *m_hostingView;
 };

@@ -1,7 +1,7 @@
 #include "Surface/PlayerPromptButton.h"
 
+#include "Base/SymbolIcons.h"
 #include "Surface/SurfaceTexts.h"
-#include "UI/SymbolIcons.h"
 
 #include <QPainter>
 

@@ -10,8 +10,9 @@
 
 #include <QPainter>
 
-PlayerSurface::PlayerSurface(PlayerModel &model, QWidget *parent)
-    : QWidget(parent), m_model(model), m_prompt(new PlayerPromptButton(this)),
+PlayerSurface::PlayerSurface(PlayerModel &model, const PlayerViewServices &services,
+                             QWidget *parent)
+    : QWidget(parent), m_model(model), m_services(services), m_prompt(new PlayerPromptButton(this)),
       m_badge(new BufferingBadge(this))
 {
     setAttribute(Qt::WA_OpaquePaintEvent);
@@ -47,19 +48,19 @@ void PlayerSurface::showPlayer()
         if (auto *view = qobject_cast<YouTubePlayerView *>(m_player))
             view->setContent(*youtube);
         else
-            replacePlayer(new YouTubePlayerView(*youtube, this));
+            replacePlayer(new YouTubePlayerView(*youtube, m_services, this));
     } else if (const auto &okVideo = m_model.okVideoContent()) {
         if (auto *view = qobject_cast<OKVideoPlayerView *>(m_player))
             view->setContent(*okVideo);
         else
-            replacePlayer(new OKVideoPlayerView(*okVideo, this));
+            replacePlayer(new OKVideoPlayerView(*okVideo, m_services, this));
     } else {
         auto *view = qobject_cast<PlayerLayerView *>(m_player);
         if (!view) {
             // Only one picture at a time may hold the engine's render context: the old player
             // goes before the new one is made.
             replacePlayer(nullptr);
-            view = new PlayerLayerView(this);
+            view = new PlayerLayerView(m_services.surfaces, m_services.notifier, this);
             connect(view->hostingView(), &PlayerHostingView::frameShown, this,
                     &PlayerSurface::frameShown);
             replacePlayer(view);

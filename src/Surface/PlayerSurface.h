@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Surface/PortraitDisplayMode.h"
+#include "Web/PlayerViewServices.h"
 
 #include <QPointer>
 #include <QWidget>
@@ -18,7 +19,8 @@ class PlayerSurface : public QWidget
     Q_OBJECT
 
 public:
-    explicit PlayerSurface(PlayerModel &model, QWidget *parent = nullptr);
+    PlayerSurface(PlayerModel &model, const PlayerViewServices &services,
+                  QWidget *parent = nullptr);
 
     bool isFullScreen() const { return m_isFullScreen; }
     void setFullScreen(bool fullScreen);
@@ -45,6 +47,7 @@ private:
     void placeOverlays();
 
     PlayerModel &m_model;
+    const PlayerViewServices m_services;
     bool m_isFullScreen = false;
     PortraitDisplayMode m_portraitMode = PortraitDisplayMode::normal;
     QPointer<QWidget> m_player;

@@ -23,5 +23,7 @@ inline constexpr std::array<PortraitDisplayMode, 5> all{
     PortraitDisplayMode::manual, PortraitDisplayMode::smart};
 
 QStringView rawValue(PortraitDisplayMode mode);
+// The symbol of the mode's entry in the display-mode menu.
+QStringView menuSymbol(PortraitDisplayMode mode);
 std::optional<PortraitDisplayMode> fromRawValue(QStringView text);
 } // namespace PortraitDisplayModes

@@ -1,9 +1,9 @@
 #include "UI/ChannelFilterBar.h"
 
+#include "Base/SymbolIcons.h"
 #include "Playlist/ChannelListModel.h"
 #include "Playlist/CountryNames.h"
 #include "UI/ContentState.h"
-#include "UI/SymbolIcons.h"
 #include "UI/WindowTexts.h"
 
 #include <QHBoxLayout>

@@ -1,6 +1,6 @@
 #include "UI/ChannelLogoLoader.h"
 
-#include "App/BackgroundTask.h"
+#include "Base/BackgroundTask.h"
 
 #include <QBuffer>
 #include <QCryptographicHash>

@@ -1,9 +1,9 @@
 #include "UI/ChannelRowDelegate.h"
 
+#include "Base/SymbolIcons.h"
 #include "Player/PlayerModel.h"
 #include "Playlist/LocalM3UStore.h"
 #include "UI/ChannelLogoLoader.h"
-#include "UI/SymbolIcons.h"
 #include "UI/WindowTexts.h"
 
 #include <QAbstractItemView>

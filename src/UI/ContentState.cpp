@@ -1,11 +1,11 @@
 #include "UI/ContentState.h"
 
+#include "Base/WebAddress.h"
 #include "Player/PlayerModel.h"
 #include "Player/RemoteAddress.h"
 #include "Playlist/ChannelListModel.h"
-#include "Playlist/LocalM3UActions.h"
+#include "UI/LocalM3UActions.h"
 #include "UI/WindowTiming.h"
-#include "Web/WebAddress.h"
 
 ContentState::ContentState(PlayerModel &model, LocalM3UActions &localM3U, QObject *parent)
     : QObject(parent), m_model(model), m_localM3U(localM3U),

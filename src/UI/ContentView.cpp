@@ -1,12 +1,13 @@
 #include "UI/ContentView.h"
 
-#include "App/AppNotifier.h"
+#include "Base/AppNotifier.h"
+#include "Base/WebAddress.h"
 #include "Player/PlayerModel.h"
-#include "Playlist/LocalM3UActions.h"
 #include "UI/AddressField.h"
 #include "UI/ChannelLogoLoader.h"
 #include "UI/ContentState.h"
 #include "UI/LinkEditorDialog.h"
+#include "UI/LocalM3UActions.h"
 #include "UI/LocalM3UPanel.h"
 #include "UI/NetworkPanel.h"
 #include "UI/PlayerArea.h"
@@ -15,7 +16,6 @@
 #include "UI/TitleBarHandler.h"
 #include "UI/WindowTexts.h"
 #include "UI/WindowTiming.h"
-#include "Web/WebAddress.h"
 
 #include <QCursor>
 #include <QDesktopServices>
@@ -29,13 +29,14 @@
 #include <QPushButton>
 #include <QWindow>
 
-ContentView::ContentView(PlayerModel &model, LocalM3UActions &localM3U, QWidget *parent)
+ContentView::ContentView(PlayerModel &model, LocalM3UActions &localM3U,
+                         const PlayerViewServices &services, QWidget *parent)
     : QWidget(parent), m_model(model), m_localM3U(localM3U),
       m_state(new ContentState(model, localM3U, this)), m_logos(new ChannelLogoLoader(this)),
       m_network(new NetworkPanel(model, *m_state, localM3U, *m_logos)),
       m_local(new LocalM3UPanel(model, *m_state, localM3U, *m_logos)), m_top(new QWidget(this)),
       m_sidebar(new SidebarView(*m_state, m_network, m_local, m_top)),
-      m_playerArea(new PlayerArea(model, *m_state, m_top)),
+      m_playerArea(new PlayerArea(model, *m_state, services, m_top)),
       m_controlBar(new PlayerControlBar(model, *m_state, this)),
       m_controlsOpacity(new QGraphicsOpacityEffect(m_controlBar)),
       m_controlsFade(new QPropertyAnimation(m_controlsOpacity, "opacity", this))
@@ -71,9 +72,8 @@ ContentView::ContentView(PlayerModel &model, LocalM3UActions &localM3U, QWidget 
     connect(m_local, &LocalM3UPanel::exportRequested, &m_localM3U,
             &LocalM3UActions::exportLocalPlaylistAsM3U);
     connect(m_local, &LocalM3UPanel::importRequested, this, &ContentView::importLocalPlaylist);
-    connect(&AppNotifier::shared(), &AppNotifier::playerMouseMoved, this,
-            &ContentView::mouseMovedOver);
-    connect(&AppNotifier::shared(), &AppNotifier::playerSurfaceClicked, this,
+    connect(&services.notifier, &AppNotifier::playerMouseMoved, this, &ContentView::mouseMovedOver);
+    connect(&services.notifier, &AppNotifier::playerSurfaceClicked, this,
             &ContentView::surfaceClicked);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Playlist/PlaylistEntry.h"
+#include "Web/PlayerViewServices.h"
 
 #include <QList>
 #include <QPointer>
@@ -35,7 +36,8 @@ class ContentView : public QWidget
     Q_OBJECT
 
 public:
-    ContentView(PlayerModel &model, LocalM3UActions &localM3U, QWidget *parent = nullptr);
+    ContentView(PlayerModel &model, LocalM3UActions &localM3U, const PlayerViewServices &services,
+                QWidget *parent = nullptr);
     ~ContentView() override;
 
     ContentState &state() { return *m_state; }

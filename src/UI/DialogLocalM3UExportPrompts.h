@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Playlist/LocalM3UExportPrompts.h"
+#include "UI/LocalM3UExportPrompts.h"
 
 #include <QPointer>
 #include <QWidget>

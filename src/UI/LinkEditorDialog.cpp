@@ -1,6 +1,6 @@
 #include "UI/LinkEditorDialog.h"
 
-#include "App/OptionalText.h"
+#include "Base/OptionalText.h"
 
 #include "UI/WindowTexts.h"
 

@@ -1,20 +1,16 @@
 #include "UI/LocalM3UPanel.h"
 
+#include "Base/SymbolIcons.h"
 #include "Player/PlayerModel.h"
 #include "Playlist/ChannelListModel.h"
-#include "Playlist/LocalM3UActions.h"
-#include "UI/ChannelFilterBar.h"
-#include "UI/ChannelListView.h"
-#include "UI/ChannelLogoLoader.h"
-#include "UI/ChannelRowDelegate.h"
+#include "UI/ChannelListSection.h"
 #include "UI/ContentState.h"
-#include "UI/SymbolIcons.h"
+#include "UI/LocalM3UActions.h"
 #include "UI/WindowTexts.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
-#include <QStackedWidget>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -52,41 +48,21 @@ LocalM3UPanel::LocalM3UPanel(PlayerModel &model, ContentState &state, LocalM3UAc
         button->setObjectName(QStringLiteral("small"));
     column->addLayout(fileRow);
 
-    m_filters = new ChannelFilterBar(state, WindowTexts::searchLocalLinks.toString(), this);
-    column->addWidget(m_filters);
-
-    m_content = new QStackedWidget(this);
-    m_list = new ChannelListView(
-        state.localLinks(),
-        new ChannelRowDelegate(ChannelListModel::Rows::savedLinks, model, localM3U.store(), logos),
-        m_content);
-    m_empty = new QLabel(WindowTexts::noLocalLinks.toString(), m_content);
-    m_empty->setObjectName(QStringLiteral("caption"));
-    m_empty->setWordWrap(true);
-    m_empty->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
-    m_content->addWidget(m_list);
-    m_content->addWidget(m_empty);
-    column->addWidget(m_content, 1);
+    m_section =
+        new ChannelListSection(ChannelListModel::Rows::savedLinks, model, state, localM3U.store(),
+                               logos, WindowTexts::noLocalLinks.toString(), this);
+    column->addWidget(m_section, 1);
 
     connect(m_add, &QToolButton::clicked, this, &LocalM3UPanel::addRequested);
     connect(m_export, &QPushButton::clicked, this, &LocalM3UPanel::exportRequested);
     connect(m_clear, &QPushButton::clicked, this, &LocalM3UPanel::clearRequested);
     connect(m_file, &QPushButton::clicked, this, &LocalM3UPanel::importRequested);
-    connect(m_list, &ChannelListView::actionTriggered, this,
-            [this, &model](ChannelRowAction action, const PlaylistEntry &entry) {
-                switch (action) {
-                case ChannelRowAction::play:
-                    model.play(entry.url, entry.name, true);
-                    break;
-                case ChannelRowAction::edit:
+    connect(m_section, &ChannelListSection::actionTriggered, this,
+            [this](ChannelRowAction action, const PlaylistEntry &entry) {
+                if (action == ChannelRowAction::edit)
                     Q_EMIT editRequested(entry);
-                    break;
-                case ChannelRowAction::remove:
+                else if (action == ChannelRowAction::remove)
                     Q_EMIT deleteRequested(entry);
-                    break;
-                case ChannelRowAction::save:
-                    break;
-                }
             });
     connect(&localM3U.store(), &LocalM3UStore::entriesChanged, this, &LocalM3UPanel::refresh);
     refresh();
@@ -95,7 +71,7 @@ LocalM3UPanel::LocalM3UPanel(PlayerModel &model, ContentState &state, LocalM3UAc
 void LocalM3UPanel::refresh()
 {
     const bool empty = m_localM3U.store().entries().isEmpty();
-    m_content->setCurrentWidget(empty ? static_cast<QWidget *>(m_empty) : m_list);
+    m_section->showEmptyText(empty);
     // Importing a file replaces the saved links, so with links saved it is a change of file.
     m_file->setText(empty ? WindowTexts::chooseM3UFile.toString()
                           : WindowTexts::changeM3UFile.toString());

@@ -1,16 +1,15 @@
 #pragma once
 
+#include "UI/ChannelListSection.h"
+
 #include <QWidget>
 
-class ChannelFilterBar;
-class ChannelListView;
 class ChannelLogoLoader;
 class ContentState;
 class LocalM3UActions;
 class PlayerModel;
 class QLabel;
 class QPushButton;
-class QStackedWidget;
 class QToolButton;
 struct PlaylistEntry;
 
@@ -29,9 +28,9 @@ public:
     QPushButton *exportButton() const { return m_export; }
     QPushButton *clearButton() const { return m_clear; }
     QPushButton *fileButton() const { return m_file; }
-    ChannelFilterBar *filters() const { return m_filters; }
-    ChannelListView *linkList() const { return m_list; }
-    QLabel *emptyText() const { return m_empty; }
+    ChannelFilterBar *filters() const { return m_section->filters(); }
+    ChannelListView *linkList() const { return m_section->list(); }
+    QLabel *emptyText() const { return m_section->emptyText(); }
 
 Q_SIGNALS:
     void addRequested();
@@ -49,8 +48,5 @@ private:
     QPushButton *m_export;
     QPushButton *m_clear;
     QPushButton *m_file;
-    ChannelFilterBar *m_filters;
-    QStackedWidget *m_content;
-    ChannelListView *m_list;
-    QLabel *m_empty;
+    ChannelListSection *m_section;
 };

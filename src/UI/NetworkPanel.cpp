@@ -1,15 +1,12 @@
 #include "UI/NetworkPanel.h"
 
+#include "Base/SymbolIcons.h"
 #include "Player/PlayerModel.h"
 #include "Playlist/ChannelListModel.h"
-#include "Playlist/LocalM3UActions.h"
 #include "UI/AddressField.h"
-#include "UI/ChannelFilterBar.h"
-#include "UI/ChannelListView.h"
-#include "UI/ChannelLogoLoader.h"
-#include "UI/ChannelRowDelegate.h"
+#include "UI/ChannelListSection.h"
 #include "UI/ContentState.h"
-#include "UI/SymbolIcons.h"
+#include "UI/LocalM3UActions.h"
 #include "UI/WindowTexts.h"
 
 #include <QHBoxLayout>
@@ -78,14 +75,10 @@ NetworkPanel::NetworkPanel(PlayerModel &model, ContentState &state, LocalM3UActi
     channels->setSpacing(6);
     m_header = new QLabel(m_channels);
     m_header->setObjectName(QStringLiteral("sectionHeader"));
-    m_filters = new ChannelFilterBar(state, WindowTexts::searchChannels.toString(), m_channels);
-    m_list = new ChannelListView(state.networkChannels(),
-                                 new ChannelRowDelegate(ChannelListModel::Rows::networkChannels,
-                                                        model, localM3U.store(), logos),
-                                 m_channels);
+    m_section = new ChannelListSection(ChannelListModel::Rows::networkChannels, model, state,
+                                       localM3U.store(), logos, {}, m_channels);
     channels->addWidget(m_header);
-    channels->addWidget(m_filters);
-    channels->addWidget(m_list, 1);
+    channels->addWidget(m_section, 1);
     column->addWidget(m_channels, 1);
     column->addStretch(0);
 
@@ -100,11 +93,9 @@ NetworkPanel::NetworkPanel(PlayerModel &model, ContentState &state, LocalM3UActi
             [this] { m_state.setShowMovieName(!m_state.showMovieName()); });
     connect(m_movieName, &QLineEdit::textChanged, this,
             [this](const QString &text) { m_state.setMovieName(text); });
-    connect(m_list, &ChannelListView::actionTriggered, this,
-            [this, &localM3U](ChannelRowAction action, const PlaylistEntry &entry) {
-                if (action == ChannelRowAction::play)
-                    m_model.play(entry.url, entry.name, true);
-                else if (action == ChannelRowAction::save)
+    connect(m_section, &ChannelListSection::actionTriggered, this,
+            [&localM3U](ChannelRowAction action, const PlaylistEntry &entry) {
+                if (action == ChannelRowAction::save)
                     localM3U.saveToLocalM3U(entry);
             });
 

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "UI/ChannelListSection.h"
+
 #include <QList>
 #include <QUrl>
 #include <QWidget>
 
 class AddressField;
-class ChannelFilterBar;
-class ChannelListView;
 class ChannelLogoLoader;
 class ContentState;
 class LocalM3UActions;
@@ -32,8 +32,8 @@ public:
     QPushButton *playButton() const { return m_play; }
     QToolButton *clearButton() const { return m_clear; }
     QLabel *channelsHeader() const { return m_header; }
-    ChannelFilterBar *filters() const { return m_filters; }
-    ChannelListView *channelList() const { return m_list; }
+    ChannelFilterBar *filters() const { return m_section->filters(); }
+    ChannelListView *channelList() const { return m_section->list(); }
 
 Q_SIGNALS:
     void filesDropped(const QList<QUrl> &files);
@@ -52,7 +52,6 @@ private:
     QPushButton *m_play;
     QToolButton *m_clear;
     QLabel *m_header;
-    ChannelFilterBar *m_filters;
-    ChannelListView *m_list;
+    ChannelListSection *m_section;
     QWidget *m_channels;
 };

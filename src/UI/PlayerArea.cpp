@@ -24,8 +24,10 @@ QLabel *messageLabel(const QString &name, QWidget *parent)
 
 } // namespace
 
-PlayerArea::PlayerArea(PlayerModel &model, ContentState &state, QWidget *parent)
-    : QWidget(parent), m_model(model), m_state(state), m_surface(new PlayerSurface(model, this)),
+PlayerArea::PlayerArea(PlayerModel &model, ContentState &state, const PlayerViewServices &services,
+                       QWidget *parent)
+    : QWidget(parent), m_model(model), m_state(state),
+      m_surface(new PlayerSurface(model, services, this)),
       m_error(messageLabel(QStringLiteral("errorMessage"), this)),
       m_toast(messageLabel(QStringLiteral("toast"), this))
 {

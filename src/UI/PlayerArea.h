@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Web/PlayerViewServices.h"
+
 #include <QWidget>
 
 class ContentState;
@@ -14,7 +16,8 @@ class PlayerArea : public QWidget
     Q_OBJECT
 
 public:
-    PlayerArea(PlayerModel &model, ContentState &state, QWidget *parent = nullptr);
+    PlayerArea(PlayerModel &model, ContentState &state, const PlayerViewServices &services,
+               QWidget *parent = nullptr);
 
     PlayerSurface *surface() const { return m_surface; }
     QLabel *errorLabel() const { return m_error; }

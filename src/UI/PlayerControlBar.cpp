@@ -1,9 +1,9 @@
 #include "UI/PlayerControlBar.h"
 
+#include "Base/SymbolIcons.h"
 #include "Player/PlayerModel.h"
 #include "UI/ContentState.h"
 #include "UI/PlayerTimeText.h"
-#include "UI/SymbolIcons.h"
 #include "UI/WindowTexts.h"
 
 #include <QApplication>
@@ -28,28 +28,11 @@ constexpr int volumeSteps = 100;
 // Narrower than this, the volume slider gives its room to the seek slider (mute stays).
 constexpr int volumeSliderMinimumBarWidth = 620;
 
-QStringView menuSymbol(PortraitDisplayMode mode)
-{
-    switch (mode) {
-    case PortraitDisplayMode::normal:
-        return u"rectangle";
-    case PortraitDisplayMode::fill:
-        return u"rectangle.portrait.fill";
-    case PortraitDisplayMode::rotate:
-        return u"rotate.right";
-    case PortraitDisplayMode::manual:
-        return u"hand.draw";
-    case PortraitDisplayMode::smart:
-        return u"viewfinder";
-    }
-    return u"rectangle";
-}
-
 // The button shows the same symbols as the entries, but a portrait outline for the normal mode.
 QStringView buttonSymbol(PortraitDisplayMode mode)
 {
     return mode == PortraitDisplayMode::normal ? QStringView(u"rectangle.portrait")
-                                               : menuSymbol(mode);
+                                               : PortraitDisplayModes::menuSymbol(mode);
 }
 
 } // namespace
@@ -270,7 +253,7 @@ void PlayerControlBar::refreshDisplayMode()
     for (QAction *entry : m_displayModes->actions()) {
         const auto mode = PortraitDisplayMode(entry->data().toInt());
         entry->setIcon(SymbolIcons::icon(mode == current ? QStringView(u"checkmark.circle.fill")
-                                                         : menuSymbol(mode)));
+                                                         : PortraitDisplayModes::menuSymbol(mode)));
     }
 }
 

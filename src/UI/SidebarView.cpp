@@ -1,9 +1,9 @@
 #include "UI/SidebarView.h"
 
+#include "Base/SymbolIcons.h"
 #include "UI/ContentState.h"
 #include "UI/LocalM3UPanel.h"
 #include "UI/NetworkPanel.h"
-#include "UI/SymbolIcons.h"
 #include "UI/WindowTexts.h"
 
 #include <QHBoxLayout>

@@ -1,6 +1,6 @@
 #include "UI/TitleBarHandler.h"
 
-#include "App/AppIdentity.h"
+#include "Base/AppIdentity.h"
 #include "Player/PlayerModel.h"
 #include "UI/ContentState.h"
 #include "UI/WindowFit.h"

@@ -3,24 +3,17 @@
 #include "Web/OKVideoPlayerRegistry.h"
 #include "Web/YouTubeHostingView.h"
 
-OKVideoPlayerView::OKVideoPlayerView(const OKVideoContent &content, QWidget *parent,
-                                     WebPlayerEndpoints endpoints)
-    : WebPlayerView(OKVideoPlayerRegistry::shared(), std::move(endpoints), parent)
+OKVideoPlayerView::OKVideoPlayerView(const OKVideoContent &content,
+                                     const PlayerViewServices &services, QWidget *parent)
+    : WebPlayerView(services.okVideoPlayers, services, parent)
 {
-    registerView();
-    load(content);
+    setContent(content);
 }
 
 void OKVideoPlayerView::setContent(const OKVideoContent &content)
 {
-    registerView();
-    if (needsLoad(content.id()))
-        load(content);
-}
-
-void OKVideoPlayerView::load(const OKVideoContent &content)
-{
-    noteLoaded(content.id());
-    hostingView()->loadSitePage(endpoints().okVideoEmbedURL(content), endpoints().okVideoReferer(),
-                                loadTimeout);
+    present(content.id(), [&] {
+        hostingView()->loadSitePage(endpoints().okVideoEmbedURL(content),
+                                    endpoints().okVideoReferer(), loadTimeout);
+    });
 }

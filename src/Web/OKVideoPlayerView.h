@@ -15,12 +15,9 @@ public:
     static constexpr std::chrono::seconds loadTimeout{60};
 
     // Makes the view, registers it and loads the content.
-    explicit OKVideoPlayerView(const OKVideoContent &content, QWidget *parent = nullptr,
-                               WebPlayerEndpoints endpoints = WebPlayerEndpoints::standard());
+    OKVideoPlayerView(const OKVideoContent &content, const PlayerViewServices &services,
+                      QWidget *parent = nullptr);
 
     // Registers the view again and loads the content unless it is the one already loaded.
     void setContent(const OKVideoContent &content);
-
-private:
-    void load(const OKVideoContent &content);
 };

@@ -1,6 +1,6 @@
 #include "Web/WebPlayerEndpoints.h"
 
-#include "App/AppIdentity.h"
+#include "Base/AppIdentity.h"
 #include "Web/WebVideoHosts.h"
 
 using namespace Qt::StringLiterals;

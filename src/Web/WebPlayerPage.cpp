@@ -1,6 +1,5 @@
 #include "Web/WebPlayerPage.h"
 
-#include "Web/WebPlayerProfile.h"
 #include "Web/WebPlayerRequestInterceptor.h"
 #include "Web/WebVideoHosts.h"
 
@@ -21,9 +20,8 @@ bool isFrameContent(const QUrl &url)
 
 } // namespace
 
-WebPlayerPage::WebPlayerPage(QObject *parent)
-    : QWebEnginePage(WebPlayerProfile::shared(), parent),
-      m_interceptor(new WebPlayerRequestInterceptor(this))
+WebPlayerPage::WebPlayerPage(QWebEngineProfile &profile, QObject *parent)
+    : QWebEnginePage(&profile, parent), m_interceptor(new WebPlayerRequestInterceptor(this))
 {
     setUrlRequestInterceptor(m_interceptor);
     applySettings();

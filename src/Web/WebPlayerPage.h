@@ -16,7 +16,7 @@ class WebPlayerPage : public QWebEnginePage
     Q_OBJECT
 
 public:
-    explicit WebPlayerPage(QObject *parent = nullptr);
+    WebPlayerPage(QWebEngineProfile &profile, QObject *parent);
 
     // Our own page text; afterwards the top frame may not go anywhere else.
     void loadPageText(const QString &html, const QUrl &baseURL);

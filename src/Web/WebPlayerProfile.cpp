@@ -1,15 +1,7 @@
 #include "Web/WebPlayerProfile.h"
 
-#include <QCoreApplication>
-#include <QWebEngineProfile>
-
-QWebEngineProfile *WebPlayerProfile::shared()
+WebPlayerProfile::WebPlayerProfile(QObject *parent) : QWebEngineProfile(parent)
 {
-    static QWebEngineProfile *profile = [] {
-        auto *created = new QWebEngineProfile(QCoreApplication::instance());
-        created->setHttpCacheType(QWebEngineProfile::MemoryHttpCache);
-        created->setPersistentCookiesPolicy(QWebEngineProfile::NoPersistentCookies);
-        return created;
-    }();
-    return profile;
+    setHttpCacheType(QWebEngineProfile::MemoryHttpCache);
+    setPersistentCookiesPolicy(QWebEngineProfile::NoPersistentCookies);
 }

@@ -1,15 +1,12 @@
 #pragma once
 
-class QWebEngineProfile;
+#include <QWebEngineProfile>
 
 // The browser profile every web player page uses: off the record (nothing of the services'
-// cookies, caches or storage reaches the disk) and shared, so the pages of one session reuse
-// one network cache.
-class WebPlayerProfile
+// cookies, caches or storage reaches the disk), and one for the application, so the pages of one
+// session share one network cache. It must outlive every page made with it.
+class WebPlayerProfile : public QWebEngineProfile
 {
 public:
-    WebPlayerProfile() = delete;
-
-    // Created on first use, owned by the application object so that it outlives every page.
-    static QWebEngineProfile *shared();
+    explicit WebPlayerProfile(QObject *parent = nullptr);
 };

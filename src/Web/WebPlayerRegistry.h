@@ -1,28 +1,24 @@
 #pragma once
 
+#include "Base/WeakViewSlot.h"
 #include "Web/WebPlayerService.h"
+#include "Web/WebScriptTarget.h"
 
 #include <QObject>
-#include <QPointer>
 #include <QString>
 
 // Holds, weakly, the web player view of one service that is on screen and sends it script
 // commands. Commands are fire-and-forget: they always run later from the event loop (never inside
 // the caller, which may be in the middle of a view update), and are dropped when no view is
 // registered by then. Main thread only.
-class WebPlayerRegistry : public QObject
+class WebPlayerRegistry : public QObject, public WeakViewSlot<WebScriptTarget>
 {
     Q_OBJECT
 
 public:
     WebPlayerService service() const { return m_service; }
-    // The view on screen, or nothing. The registry never keeps a view alive.
-    QObject *webView() const { return m_webView; }
-    // view must implement WebScriptTarget.
-    void setWebView(QObject *view);
-    // Clears the registration only if it is this very view, so an older view going away never
-    // unregisters a newer one.
-    void clearWebView(const QObject *view);
+    // The view on screen, or nothing.
+    QObject *webView() const { return view(); }
 
     void evaluate(const QString &script);
     void setMuted(bool muted);
@@ -32,5 +28,4 @@ protected:
 
 private:
     const WebPlayerService m_service;
-    QPointer<QObject> m_webView;
 };

@@ -6,10 +6,11 @@
 
 #include <QVBoxLayout>
 
-WebPlayerView::WebPlayerView(WebPlayerRegistry &registry, WebPlayerEndpoints endpoints,
+WebPlayerView::WebPlayerView(WebPlayerRegistry &registry, const PlayerViewServices &services,
                              QWidget *parent)
-    : QWidget(parent), m_registry(registry), m_endpoints(std::move(endpoints)),
-      m_hostingView(new YouTubeHostingView(this))
+    : QWidget(parent), m_registry(registry), m_surfaces(services.surfaces),
+      m_endpoints(services.endpoints),
+      m_hostingView(new YouTubeHostingView(services.notifier, services.webProfile, this))
 {
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -22,17 +23,16 @@ WebPlayerView::WebPlayerView(WebPlayerRegistry &registry, WebPlayerEndpoints end
 WebPlayerView::~WebPlayerView()
 {
     m_hostingView->stopLoading();
-    m_registry.clearWebView(m_hostingView);
-    PlayerSurfaceRegistry::shared().clearSurface(m_hostingView);
+    m_registry.release(m_hostingView);
+    m_surfaces.release(m_hostingView);
 }
 
-void WebPlayerView::registerView()
+void WebPlayerView::present(const QString &contentID, const std::function<void()> &load)
 {
-    m_registry.setWebView(m_hostingView);
-    PlayerSurfaceRegistry::shared().setSurface(m_hostingView);
-}
-
-bool WebPlayerView::needsLoad(const QString &contentID) const
-{
-    return m_coordinator.loadedContentID != contentID;
+    m_registry.hold(m_hostingView);
+    m_surfaces.hold(m_hostingView);
+    if (m_coordinator.loadedContentID == contentID)
+        return;
+    m_coordinator.loadedContentID = contentID;
+    load();
 }

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "Web/PlayerViewServices.h"
 #include "Web/WebPlayerCoordinator.h"
-#include "Web/WebPlayerEndpoints.h"
 
 #include <QWidget>
+
+#include <functional>
 
 class WebPlayerRegistry;
 class YouTubeHostingView;
@@ -24,18 +26,17 @@ public:
     const std::optional<QString> &loadedContentID() const { return m_coordinator.loadedContentID; }
 
 protected:
-    WebPlayerView(WebPlayerRegistry &registry, WebPlayerEndpoints endpoints, QWidget *parent);
+    WebPlayerView(WebPlayerRegistry &registry, const PlayerViewServices &services, QWidget *parent);
 
-    // Points both registries at this view: on make and on every update, so they always hold the
-    // view on screen.
-    void registerView();
-    // True when the content with this identity must be loaded (nothing, or something else, is).
-    bool needsLoad(const QString &contentID) const;
-    void noteLoaded(const QString &contentID) { m_coordinator.loadedContentID = contentID; }
+    // On making and on every update: points both registries at this view, so they always hold
+    // the view on screen, then loads the content unless it is the one already loaded, so the
+    // page keeps playing where it is.
+    void present(const QString &contentID, const std::function<void()> &load);
     const WebPlayerEndpoints &endpoints() const { return m_endpoints; }
 
 private:
     WebPlayerRegistry &m_registry;
+    PlayerSurfaceRegistry &m_surfaces;
     const WebPlayerEndpoints m_endpoints;
     YouTubeHostingView *m_hostingView;
     WebPlayerCoordinator m_coordinator;

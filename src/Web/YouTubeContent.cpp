@@ -1,6 +1,6 @@
 #include "Web/YouTubeContent.h"
 
-#include "App/OptionalText.h"
+#include "Base/OptionalText.h"
 
 #include "Web/WebVideoHosts.h"
 

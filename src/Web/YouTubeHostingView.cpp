@@ -1,6 +1,6 @@
 #include "Web/YouTubeHostingView.h"
 
-#include "App/AppNotifier.h"
+#include "Base/AppNotifier.h"
 #include "Web/WebPlayerPage.h"
 #include "Web/WebPlayerTexts.h"
 
@@ -9,8 +9,9 @@
 #include <QPointer>
 #include <QWindow>
 
-YouTubeHostingView::YouTubeHostingView(QWidget *parent)
-    : QWebEngineView(parent), m_failure(new QLabel(this))
+YouTubeHostingView::YouTubeHostingView(AppNotifier &notifier, QWebEngineProfile &profile,
+                                       QWidget *parent)
+    : QWebEngineView(parent), m_notifier(notifier), m_profile(profile), m_failure(new QLabel(this))
 {
     m_failure->setAlignment(Qt::AlignCenter);
     m_failure->setWordWrap(true);
@@ -19,7 +20,7 @@ YouTubeHostingView::YouTubeHostingView(QWidget *parent)
     m_failure->hide();
     m_loadTimeout.setSingleShot(true);
     connect(&m_loadTimeout, &QTimer::timeout, this, &YouTubeHostingView::stopLoading);
-    usePage(new WebPlayerPage(this));
+    usePage(new WebPlayerPage(m_profile, this));
 }
 
 void YouTubeHostingView::usePage(WebPlayerPage *page)
@@ -45,7 +46,7 @@ WebPlayerPage *YouTubeHostingView::livePage()
 {
     if (m_pageEnded) {
         m_pageEnded = false;
-        usePage(new WebPlayerPage(this));
+        usePage(new WebPlayerPage(m_profile, this));
         m_failure->hide();
     }
     return m_page;
@@ -103,7 +104,7 @@ bool YouTubeHostingView::event(QEvent *event)
 bool YouTubeHostingView::eventFilter(QObject *watched, QEvent *event)
 {
     if (event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick)
-        Q_EMIT AppNotifier::shared().playerSurfaceClicked(window()->windowHandle());
+        Q_EMIT m_notifier.playerSurfaceClicked(window()->windowHandle());
     return QWebEngineView::eventFilter(watched, event);
 }
 

@@ -8,7 +8,9 @@
 
 #include <chrono>
 
+class AppNotifier;
 class QLabel;
+class QWebEngineProfile;
 class WebPlayerPage;
 
 // The browser view of both web players. It runs the registries' scripts, is the recordable
@@ -22,7 +24,8 @@ class YouTubeHostingView : public QWebEngineView,
     Q_OBJECT
 
 public:
-    explicit YouTubeHostingView(QWidget *parent = nullptr);
+    // Presses are announced through the notifier; pages are made in the profile.
+    YouTubeHostingView(AppNotifier &notifier, QWebEngineProfile &profile, QWidget *parent);
 
     void loadPageText(const QString &html, const QUrl &baseURL);
     // Gives up (stops loading) when the page has not finished loading within the time-out.
@@ -52,6 +55,8 @@ private:
     void usePage(WebPlayerPage *page);
     void showFailure(const QString &message);
 
+    AppNotifier &m_notifier;
+    QWebEngineProfile &m_profile;
     WebPlayerPage *m_page = nullptr;
     QLabel *m_failure;
     QTimer m_loadTimeout;

@@ -1,6 +1,6 @@
 #include "Web/YouTubePlayerPage.h"
 
-#include "Playlist/JsonText.h"
+#include "Base/JsonText.h"
 
 using namespace Qt::StringLiterals;
 

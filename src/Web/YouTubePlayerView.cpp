@@ -4,24 +4,17 @@
 #include "Web/YouTubePlayerPage.h"
 #include "Web/YouTubePlayerRegistry.h"
 
-YouTubePlayerView::YouTubePlayerView(const YouTubeContent &content, QWidget *parent,
-                                     WebPlayerEndpoints endpoints)
-    : WebPlayerView(YouTubePlayerRegistry::shared(), std::move(endpoints), parent)
+YouTubePlayerView::YouTubePlayerView(const YouTubeContent &content,
+                                     const PlayerViewServices &services, QWidget *parent)
+    : WebPlayerView(services.youtubePlayers, services, parent)
 {
-    registerView();
-    load(content);
+    setContent(content);
 }
 
 void YouTubePlayerView::setContent(const YouTubeContent &content)
 {
-    registerView();
-    if (needsLoad(content.id()))
-        load(content);
-}
-
-void YouTubePlayerView::load(const YouTubeContent &content)
-{
-    noteLoaded(content.id());
-    hostingView()->loadPageText(YouTubePlayerPage::html(content, endpoints()),
-                                endpoints().pageBaseURL());
+    present(content.id(), [&] {
+        hostingView()->loadPageText(YouTubePlayerPage::html(content, endpoints()),
+                                    endpoints().pageBaseURL());
+    });
 }

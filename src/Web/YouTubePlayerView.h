@@ -10,13 +10,9 @@ class YouTubePlayerView final : public WebPlayerView
 
 public:
     // Makes the view, registers it and loads the content.
-    explicit YouTubePlayerView(const YouTubeContent &content, QWidget *parent = nullptr,
-                               WebPlayerEndpoints endpoints = WebPlayerEndpoints::standard());
+    YouTubePlayerView(const YouTubeContent &content, const PlayerViewServices &services,
+                      QWidget *parent = nullptr);
 
-    // Registers the view again and loads the content unless it is the one already loaded, so
-    // the page keeps playing where it is.
+    // Registers the view again and loads the content unless it is the one already loaded.
     void setContent(const YouTubeContent &content);
-
-private:
-    void load(const YouTubeContent &content);
 };

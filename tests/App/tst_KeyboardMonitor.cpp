@@ -1,7 +1,9 @@
 #include "App/AppWindow.h"
-#include "Player/PlayerModel.h"
+#include "App/PlayerKeyMap.h"
+#include "App/PlayerKeyboardMonitor.h"
 
 #include "TestMedia.h"
+#include "TestPlayer.h"
 
 #include <QDialog>
 #include <QKeyEvent>
@@ -13,6 +15,8 @@
 #include <cmath>
 
 using namespace Qt::StringLiterals;
+using Action = PlayerKeyMap::Action;
+using Kind = Action::Kind;
 
 namespace {
 
@@ -28,10 +32,13 @@ protected:
 };
 
 constexpr double start = 350;
+const Qt::KeyboardModifiers none;
 const Qt::KeyboardModifiers command = Qt::ControlModifier;
 const Qt::KeyboardModifiers control = Qt::MetaModifier;
 const Qt::KeyboardModifiers option = Qt::AltModifier;
 const Qt::KeyboardModifiers shift = Qt::ShiftModifier;
+// Mac keyboards report arrows with the keypad flag; it changes nothing.
+const Qt::KeyboardModifiers keypad = Qt::KeypadModifier;
 
 // A key press as the keyboard sends it: to the window, which hands it to the focused control.
 void press(QWindow *window, int key, Qt::KeyboardModifiers modifiers = {}, bool repeat = false)
@@ -45,143 +52,169 @@ void press(QWindow *window, int key, Qt::KeyboardModifiers modifiers = {}, bool 
 
 } // namespace
 
-// The keyboard monitor on a real window and a real player: what each key does to playback,
-// and which keys still reach the controls.
+// The key rules as a table, then the monitor on a real window and a real player: a few keys of
+// each kind reach playback, and the keys of text fields, dialogs and other controls stay theirs.
 class tst_KeyboardMonitor : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
+    void mapsKeys_data();
+    void mapsKeys();
     void initTestCase();
     void init();
-    void drivesPlayback_data();
-    void drivesPlayback();
-    void holdingUpRaisesTheVolumeEveryRepeat();
-    void textFieldsGetTheirKeys();
-    void dialogsGetTheirKeys();
+    void routesKeys_data();
+    void routesKeys();
+    void heldKeys();
+    void textFieldsAndDialogsGetTheirKeys();
     void commandKStops();
 
 private:
-    void seekTo(double position);
     QWindow *window() { return m_window.windowHandle(); }
+    PlayerModel &model() { return m_player.model; }
 
-    PlayerModel m_model{MpvEngine::Output::headless};
+    TestPlayer m_player;
     AppWindow m_window;
     KeyRecorder *m_recorder = new KeyRecorder;
     QLineEdit *m_field = new QLineEdit;
+    std::unique_ptr<PlayerKeyboardMonitor> m_monitor;
 };
+
+void tst_KeyboardMonitor::mapsKeys_data()
+{
+    QTest::addColumn<int>("key");
+    QTest::addColumn<Qt::KeyboardModifiers>("modifiers");
+    QTest::addColumn<bool>("isAutoRepeat");
+    QTest::addColumn<Action>("action");
+    const auto row = [](const char *name, int key, Qt::KeyboardModifiers modifiers, bool repeat,
+                        Action action) {
+        QTest::newRow(name) << key << modifiers << repeat << action;
+    };
+    row("space", Qt::Key_Space, none, false, {Kind::togglePlayback, 0});
+    row("space held", Qt::Key_Space, none, true, {Kind::swallow, 0});
+    row("control-space", Qt::Key_Space, control, false, {Kind::togglePlayback, 0});
+    row("command-k", Qt::Key_K, command, false, {Kind::stop, 0});
+    row("command-shift-k", Qt::Key_K, command | shift, false, {Kind::stop, 0});
+    row("command-k held", Qt::Key_K, command, true, {Kind::swallow, 0});
+    row("k alone", Qt::Key_K, none, false, {Kind::pass, 0});
+    row("control-k", Qt::Key_K, control, false, {Kind::pass, 0});
+    row("right", Qt::Key_Right, keypad, false, {Kind::skip, 5});
+    row("left", Qt::Key_Left, none, false, {Kind::skip, -5});
+    row("right held", Qt::Key_Right, none, true, {Kind::swallow, 0});
+    row("shift-right held", Qt::Key_Right, shift, true, {Kind::swallow, 0});
+    row("option-right", Qt::Key_Right, option, false, {Kind::skip, 20});
+    row("command-left", Qt::Key_Left, command | keypad, false, {Kind::skip, -60});
+    row("option-command-right", Qt::Key_Right, option | command, false, {Kind::skip, 300});
+    row("shift-option-command-left", Qt::Key_Left, shift | option | command, false,
+        {Kind::skip, -300});
+    row("shift-command-right", Qt::Key_Right, shift | command, false, {Kind::skip, 60});
+    row("shift-right", Qt::Key_Right, shift, false, {Kind::pass, 0});
+    row("control-left", Qt::Key_Left, control, false, {Kind::pass, 0});
+    row("up", Qt::Key_Up, keypad, false, {Kind::adjustVolume, 0.05});
+    row("up held", Qt::Key_Up, none, true, {Kind::adjustVolume, 0.05});
+    row("down", Qt::Key_Down, none, false, {Kind::adjustVolume, -0.05});
+    row("shift-command-up", Qt::Key_Up, shift | command, false, {Kind::adjustVolume, 0.01});
+    row("command-down", Qt::Key_Down, command, false, {Kind::adjustVolume, -0.2});
+    row("option-up", Qt::Key_Up, option, false, {Kind::adjustVolume, 0.1});
+    row("control-option-up", Qt::Key_Up, control | option, false, {Kind::adjustVolume, 0.1});
+    row("control-up", Qt::Key_Up, control, false, {Kind::pass, 0});
+    row("letter", Qt::Key_A, none, false, {Kind::pass, 0});
+    row("return", Qt::Key_Return, none, false, {Kind::pass, 0});
+}
+
+void tst_KeyboardMonitor::mapsKeys()
+{
+    QFETCH(int, key);
+    QFETCH(Qt::KeyboardModifiers, modifiers);
+    QFETCH(bool, isAutoRepeat);
+    QFETCH(Action, action);
+    const Action actual = PlayerKeyMap::actionFor(key, modifiers, isAutoRepeat);
+    QCOMPARE(int(actual.kind), int(action.kind));
+    QCOMPARE(actual.amount, action.amount);
+}
 
 void tst_KeyboardMonitor::initTestCase()
 {
     auto *layout = new QVBoxLayout(m_window.centralWidget());
     layout->addWidget(m_field);
     layout->addWidget(m_recorder);
-    m_model.installKeyboardShortcuts();
-    m_model.installKeyboardShortcuts(); // a second call adds no second monitor
+    m_monitor = std::make_unique<PlayerKeyboardMonitor>(model());
     m_window.show();
     QVERIFY(QTest::qWaitForWindowExposed(&m_window));
-    m_model.play(WebAddress::fromLocalFile(testMedia(u"long.mp4"_s)), std::nullopt, false);
-    QTRY_VERIFY(m_model.duration() > 690);
-    m_model.togglePlayback();
-    QVERIFY(!m_model.isPlaying());
+    model().play(WebAddress::fromLocalFile(testMedia(u"long.mp4"_s)), std::nullopt, false);
+    QTRY_VERIFY(model().duration() > 690);
+    model().togglePlayback();
+    QVERIFY(!model().isPlaying());
 }
 
 void tst_KeyboardMonitor::init()
 {
     m_recorder->keys.clear();
     m_recorder->setFocus();
-    m_model.setVolume(0.5);
-    seekTo(start);
+    model().setVolume(0.5);
+    model().skip(start - model().currentTime());
+    QTRY_VERIFY(std::fabs(model().currentTime() - start) < 0.01);
 }
 
-void tst_KeyboardMonitor::seekTo(double position)
-{
-    m_model.skip(position - m_model.currentTime());
-    QTRY_VERIFY(std::fabs(m_model.currentTime() - position) < 0.01);
-}
-
-void tst_KeyboardMonitor::drivesPlayback_data()
+void tst_KeyboardMonitor::routesKeys_data()
 {
     QTest::addColumn<int>("key");
     QTest::addColumn<Qt::KeyboardModifiers>("modifiers");
-    QTest::addColumn<bool>("repeat");
     QTest::addColumn<double>("position");
     QTest::addColumn<double>("volume");
     QTest::addColumn<bool>("reachesControl");
-    const auto row = [](const char *name, int key, Qt::KeyboardModifiers modifiers, bool repeat,
-                        double position, double volume, bool reaches) {
-        QTest::newRow(name) << key << modifiers << repeat << position << volume << reaches;
+    const auto row = [](const char *name, int key, Qt::KeyboardModifiers modifiers, double position,
+                        double volume, bool reaches) {
+        QTest::newRow(name) << key << modifiers << position << volume << reaches;
     };
-    row("right", Qt::Key_Right, {}, false, start + 5, 0.5, false);
-    row("right held", Qt::Key_Right, {}, true, start, 0.5, false);
-    row("left", Qt::Key_Left, {}, false, start - 5, 0.5, false);
-    row("option-right", Qt::Key_Right, option, false, start + 20, 0.5, false);
-    row("command-left", Qt::Key_Left, command, false, start - 60, 0.5, false);
-    row("option-command-right", Qt::Key_Right, option | command, false, start + 300, 0.5, false);
-    row("shift-right", Qt::Key_Right, shift, false, start, 0.5, true);
-    row("control-left", Qt::Key_Left, control, false, start, 0.5, true);
-    row("up", Qt::Key_Up, {}, false, start, 0.55, false);
-    row("shift-command-up", Qt::Key_Up, shift | command, false, start, 0.51, false);
-    row("command-down", Qt::Key_Down, command, false, start, 0.3, false);
-    row("option-down", Qt::Key_Down, option, false, start, 0.4, false);
-    row("control-up", Qt::Key_Up, control, false, start, 0.5, true);
-    row("k", Qt::Key_K, {}, false, start, 0.5, true);
-    row("letter", Qt::Key_A, {}, false, start, 0.5, true);
+    row("option-command-right", Qt::Key_Right, option | command, start + 300, 0.5, false);
+    row("command-left", Qt::Key_Left, command, start - 60, 0.5, false);
+    row("command-down", Qt::Key_Down, command, start, 0.3, false);
+    row("shift-right", Qt::Key_Right, shift, start, 0.5, true);
+    row("letter", Qt::Key_A, {}, start, 0.5, true);
 }
 
-void tst_KeyboardMonitor::drivesPlayback()
+void tst_KeyboardMonitor::routesKeys()
 {
     QFETCH(int, key);
     QFETCH(Qt::KeyboardModifiers, modifiers);
-    QFETCH(bool, repeat);
     QFETCH(double, position);
     QFETCH(double, volume);
     QFETCH(bool, reachesControl);
 
-    press(window(), key, modifiers, repeat);
-    QTRY_VERIFY(std::fabs(m_model.currentTime() - position) < 0.01);
-    QCOMPARE(m_model.volume(), volume);
+    press(window(), key, modifiers);
+    QTRY_VERIFY(std::fabs(model().currentTime() - position) < 0.01);
+    QCOMPARE(model().volume(), volume);
     QCOMPARE(m_recorder->keys, reachesControl ? QList<int>{key} : QList<int>{});
-    QTest::qWait(300); // no late second seek
-    QVERIFY(std::fabs(m_model.currentTime() - position) < 0.01);
-    QVERIFY(!m_model.isPlaying());
+    QVERIFY(!model().isPlaying());
 }
 
-void tst_KeyboardMonitor::holdingUpRaisesTheVolumeEveryRepeat()
+void tst_KeyboardMonitor::heldKeys()
 {
     press(window(), Qt::Key_Up);
     for (int i = 0; i < 3; ++i)
         press(window(), Qt::Key_Up, {}, true);
-    QCOMPARE(m_model.volume(), 0.7);
-    QCOMPARE(m_model.toastMessage(), u"Volume: 70%"_s);
+    QCOMPARE(model().volume(), 0.7);
+    QCOMPARE(model().toastMessage(), u"Volume: 70%"_s);
 
     press(window(), Qt::Key_Space, control);
-    QVERIFY(m_model.isPlaying());
+    QVERIFY(model().isPlaying());
     press(window(), Qt::Key_Space, {}, true); // a held space toggles once
-    QVERIFY(m_model.isPlaying());
+    QVERIFY(model().isPlaying());
     press(window(), Qt::Key_Space);
-    QVERIFY(!m_model.isPlaying());
+    QVERIFY(!model().isPlaying());
 }
 
-void tst_KeyboardMonitor::textFieldsGetTheirKeys()
+void tst_KeyboardMonitor::textFieldsAndDialogsGetTheirKeys()
 {
     m_field->setText(u"ab"_s);
     m_field->setFocus();
     m_field->setCursorPosition(2);
-    press(window(), Qt::Key_Space);
-    press(window(), Qt::Key_Left);
-    press(window(), Qt::Key_Left);
-    press(window(), Qt::Key_Up);
+    for (int key : {Qt::Key_Space, Qt::Key_Left, Qt::Key_Left, Qt::Key_Up})
+        press(window(), key);
     QCOMPARE(m_field->text(), u"ab "_s);
     QCOMPARE(m_field->cursorPosition(), 1);
-    QTest::qWait(300);
-    QVERIFY(!m_model.isPlaying());
-    QCOMPARE(m_model.currentTime(), start);
-    QCOMPARE(m_model.volume(), 0.5);
-}
 
-void tst_KeyboardMonitor::dialogsGetTheirKeys()
-{
     QDialog dialog(&m_window);
     auto *recorder = new KeyRecorder;
     (new QVBoxLayout(&dialog))->addWidget(recorder);
@@ -192,19 +225,19 @@ void tst_KeyboardMonitor::dialogsGetTheirKeys()
         press(dialog.windowHandle(), key);
     QCOMPARE(recorder->keys, (QList<int>{Qt::Key_Space, Qt::Key_Right, Qt::Key_Up}));
     press(window(), Qt::Key_Right); // the window under a modal dialog
-    QTest::qWait(300);
-    QVERIFY(!m_model.isPlaying());
-    QCOMPARE(m_model.currentTime(), start);
-    QCOMPARE(m_model.volume(), 0.5);
     dialog.close();
+
+    QVERIFY(!model().isPlaying());
+    QCOMPARE(model().currentTime(), start);
+    QCOMPARE(model().volume(), 0.5);
 }
 
 void tst_KeyboardMonitor::commandKStops()
 {
     press(window(), Qt::Key_K, command, true); // a held Command-K does nothing
-    QVERIFY(m_model.duration() > 690);
+    QVERIFY(model().duration() > 690);
     press(window(), Qt::Key_K, command);
-    QTRY_COMPARE(m_model.duration(), 0.0);
+    QTRY_COMPARE(model().duration(), 0.0);
     QCOMPARE(m_recorder->keys, QList<int>{});
 }
 

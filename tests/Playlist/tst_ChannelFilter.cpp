@@ -43,7 +43,7 @@ const QList<PlaylistEntry> &sample()
 
 QList<PlaylistEntry> readShared(const QString &path)
 {
-    return PlaylistReader::readFile(sharedTestData(path)).entries;
+    return PlaylistReader::readFile(testData(path)).entries;
 }
 
 } // namespace
@@ -151,10 +151,9 @@ void tst_ChannelFilter::writesMetadataLines()
 void tst_ChannelFilter::indexAgreesWithTheRuleOnRealLists_data()
 {
     QTest::addColumn<QString>("path");
-    QTest::newRow("2021 channels") << u"m3u/derived/iptv-org-2021-channels-all.m3u"_s;
-    QTest::newRow("2019 index") << u"m3u/iptv-org-2019/index.full.m3u"_s;
-    QTest::newRow("cp1252 list")
-        << u"m3u/free-iptv-countries-legacy-encodings/ZZ_PLAYLIST_ALL_TV.cp1252.m3u"_s;
+    QTest::newRow("2021 channels") << u"m3u/iptv-org-2021-channels/us.m3u"_s;
+    QTest::newRow("2026 streams") << u"m3u/iptv-org-2026-streams/in.m3u"_s;
+    QTest::newRow("cp1252 list") << u"m3u/made/all-tv-cp1252.m3u"_s;
 }
 
 void tst_ChannelFilter::indexAgreesWithTheRuleOnRealLists()
@@ -187,7 +186,7 @@ void tst_ChannelFilter::indexAgreesWithTheRuleOnRealLists()
 
 void tst_ChannelFilter::longListsFilterOffTheMainThread()
 {
-    const QList<PlaylistEntry> real = readShared(u"m3u/derived/iptv-org-2021-channels-all.m3u"_s);
+    const QList<PlaylistEntry> real = readShared(u"m3u/iptv-org-2021-channels/us.m3u"_s);
     QList<PlaylistEntry> entries;
     while (entries.size() <= ChannelListModel::synchronousLimit * 2)
         entries.append(real);

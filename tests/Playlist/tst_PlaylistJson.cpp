@@ -60,11 +60,11 @@ void tst_PlaylistJson::writesTheStoredBytes()
 
 void tst_PlaylistJson::roundTripsRealPlaylists()
 {
-    const QString file = u"m3u/derived/iptv-org-2021-channels-all.m3u"_s;
+    const QString file = u"m3u/iptv-org-2021-channels/us.m3u"_s;
     const QList<PlaylistEntry> entries =
-        PlaylistParser::parse(*PlaylistTextDecoder::decode(readSharedTestData(file)),
-                              WebAddress::fromLocalFile(sharedTestData(file)));
-    QVERIFY(entries.size() > 10000);
+        PlaylistParser::parse(*PlaylistTextDecoder::decode(readTestData(file)),
+                              WebAddress::fromLocalFile(testData(file)));
+    QVERIFY(entries.size() > 3000);
     const std::optional<QList<PlaylistEntry>> decoded =
         PlaylistJson::decodeList(PlaylistJson::encode(entries));
     QVERIFY(decoded);
@@ -137,7 +137,6 @@ void tst_PlaylistJson::equalityAndHashCoverEveryField()
     QSet<PlaylistEntry> set{base};
     for (const PlaylistEntry &variant : variants) {
         QVERIFY(variant != base);
-        QVERIFY(qHash(variant) != qHash(base));
         set.insert(variant);
     }
     QCOMPARE(set.size(), variants.size() + 1);

@@ -3,6 +3,7 @@
 #include "Playlist/PlaylistReader.h"
 
 #include "TestHttpServer.h"
+#include "TestPlayer.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -99,7 +100,8 @@ void tst_PlaylistLoading::channelsAndTitleArePublished()
     QFETCH(QString, title);
     QTemporaryDir folder;
     TestHttpServer server;
-    PlayerModel model(MpvEngine::Output::headless);
+    TestPlayer player;
+    PlayerModel &model = player.model;
     QString base;
     if (fromFile) {
         const QString path = writeFile(folder, u"my.list.m3u"_s, body);
@@ -144,7 +146,8 @@ void tst_PlaylistLoading::onlyTheNewestLoadCounts()
     first.reason = "Whatever";
     server.route("/first.m3u", first);
     server.route("/second.m3u", playlist("#EXTM3U\n#EXTINF:-1,New\nhttp://a/new\n"));
-    PlayerModel model(MpvEngine::Output::headless);
+    TestPlayer player;
+    PlayerModel &model = player.model;
     QSignalSpy errors(&model, &PlayerModel::errorMessageChanged);
     const QFuture<void> older = model.openRemote(server.url(u"/first.m3u"_s), u"First"_s);
     const QFuture<void> newer = model.openRemote(server.url(u"/second.m3u"_s), u"Second"_s);
@@ -190,7 +193,8 @@ void tst_PlaylistLoading::failedLoadsSayWhy()
     const QString address = description == u"Connection refused"_s
                                 ? u"http://127.0.0.1:1/list.m3u"_s
                                 : server.url(u"/list.m3u"_s);
-    PlayerModel model(MpvEngine::Output::headless);
+    TestPlayer player;
+    PlayerModel &model = player.model;
     model.setPlaylistTimeout(400ms);
     waitForLoad(model.openRemote(address, std::nullopt));
     QCOMPARE(model.errorMessage(), PlayerTexts::playlistOpenFailed.toString() + description);
@@ -207,7 +211,8 @@ void tst_PlaylistLoading::aHugeBodyNeitherBlocksNorGrows()
     endless.endlessLength = qint64(4) << 30;
     endless.announceLength = false;
     server.route("/huge.m3u", endless);
-    PlayerModel model(MpvEngine::Output::headless);
+    TestPlayer player;
+    PlayerModel &model = player.model;
     QElapsedTimer sinceTick;
     qint64 longestGap = 0;
     QTimer ticker;
@@ -249,7 +254,8 @@ void tst_PlaylistLoading::failedImportsEmptyTheList()
     const QString path = fileName.isEmpty() ? folder.path() : folder.filePath(fileName);
     if (size >= 0 && !fileName.isEmpty())
         QVERIFY(QFile::resize(writeFile(folder, fileName, body), std::max(size, body.size())));
-    PlayerModel model(MpvEngine::Output::headless);
+    TestPlayer player;
+    PlayerModel &model = player.model;
     TestHttpServer server;
     server.route("/list.m3u", playlist(twoChannels));
     waitForLoad(model.openRemote(server.url(u"/list.m3u"_s), std::nullopt));
@@ -271,7 +277,8 @@ void tst_PlaylistLoading::importSupersedesARunningLoad()
     QTemporaryDir folder;
     const QString path = writeFile(folder, u"local.m3u"_s, "#EXTINF:-1,Local\nhttp://a/l\n");
 
-    PlayerModel model(MpvEngine::Output::headless);
+    TestPlayer player;
+    PlayerModel &model = player.model;
     const QFuture<void> load = model.openRemote(server.url(u"/slow.m3u"_s), std::nullopt);
     QVERIFY(model.isLoading());
     auto import = model.importLocalM3UFile(path, std::nullopt);

@@ -3,6 +3,7 @@
 
 #include "TestData.h"
 
+#include <QDirIterator>
 #include <QSet>
 #include <QTest>
 
@@ -32,12 +33,11 @@ const WebAddress &remoteBase()
     return base;
 }
 
-QList<PlaylistEntry> parseShared(const QString &relativePath)
+QList<PlaylistEntry> parseTestData(const QString &relativePath)
 {
-    const std::optional<QString> text =
-        PlaylistTextDecoder::decode(readSharedTestData(relativePath));
+    const std::optional<QString> text = PlaylistTextDecoder::decode(readTestData(relativePath));
     return PlaylistParser::parse(text.value_or(QString()),
-                                 WebAddress::fromLocalFile(sharedTestData(relativePath)));
+                                 WebAddress::fromLocalFile(testData(relativePath)));
 }
 
 const PlaylistEntry *findByUrl(const QList<PlaylistEntry> &entries, QStringView url)
@@ -59,7 +59,7 @@ private Q_SLOTS:
     void parses_data();
     void parses();
     void lineEndingsDoNotMatter();
-    void everyEntryHasItsOwnId();
+    void readsEveryListOfTheCorpus();
     void readsPlaylistsFromTheWild_data();
     void readsPlaylistsFromTheWild();
     void survivesHostileInput_data();
@@ -173,21 +173,44 @@ void tst_PlaylistParser::lineEndingsDoNotMatter()
     QCOMPARE(describeAll(PlaylistParser::parse(cr, remoteBase())), expected);
 }
 
-void tst_PlaylistParser::everyEntryHasItsOwnId()
+void tst_PlaylistParser::readsEveryListOfTheCorpus()
 {
-    const QList<PlaylistEntry> entries = parseShared(u"m3u/iptv-org-2021-channels/us.m3u"_s);
-    QVERIFY(entries.size() > 3000);
+    QStringList files;
+    const auto collect = [&files](const QDir &root) {
+        QDirIterator found(root.path(), {u"*.m3u"_s, u"*.m3u8"_s}, QDir::Files,
+                           QDirIterator::Subdirectories);
+        while (found.hasNext())
+            files.append(found.next());
+    };
+    collect(QDir(testData(QString())));
+    const qsizetype own = files.size();
+    if (const std::optional<QDir> corpus = sharedCorpus())
+        collect(*corpus);
+    qInfo("%lld lists of the repository and %lld of %s", qlonglong(own),
+          qlonglong(files.size() - own),
+          sharedCorpus() ? VELM_SHARED_TESTDATA : "no shared corpus (not beside the checkout)");
+    QVERIFY(own >= 10);
+
     QSet<QUuid> ids;
-    for (const PlaylistEntry &entry : entries) {
-        QCOMPARE(entry.id.version(), QUuid::Random);
-        QCOMPARE(entry.id.variant(), QUuid::DCE);
-        ids.insert(entry.id);
+    qsizetype total = 0;
+    for (const QString &path : std::as_const(files)) {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QString text = PlaylistTextDecoder::decode(file.readAll()).value_or(QString());
+        const WebAddress base = WebAddress::fromLocalFile(path);
+        const QList<PlaylistEntry> entries = PlaylistParser::parse(text, base);
+        // The same text gives the same channels, each under an id of its own.
+        QCOMPARE(describeAll(PlaylistParser::parse(text, base)), describeAll(entries));
+        for (const PlaylistEntry &entry : entries) {
+            QVERIFY2(!entry.name.isEmpty(), qPrintable(path));
+            QCOMPARE(WebAddress::fromText(entry.url.text()), entry.url);
+            QCOMPARE(entry.id.version(), QUuid::Random);
+            ids.insert(entry.id);
+        }
+        total += entries.size();
     }
-    QCOMPARE(ids.size(), entries.size());
-    // Parsing the same text again gives the same channels under new ids.
-    const QList<PlaylistEntry> again = parseShared(u"m3u/iptv-org-2021-channels/us.m3u"_s);
-    QCOMPARE(describeAll(again), describeAll(entries));
-    QVERIFY(again.first().id != entries.first().id);
+    QCOMPARE(ids.size(), total);
+    QVERIFY(total > 5000);
 }
 
 void tst_PlaylistParser::readsPlaylistsFromTheWild_data()
@@ -222,21 +245,22 @@ void tst_PlaylistParser::readsPlaylistsFromTheWild_data()
         << u"https://stream.ads.ottera.tv/playlist.m3u8?content_livestream=1&network_id=11083"_s
         << u"playlist.m3u8|-|-|-"_s;
     QTest::newRow("lone CR, unquoted attributes, Latin-1")
-        << u"m3u/free-iptv-countries-legacy-encodings/01_German.cp1252_loneCR_unquoted.m3u"_s << 22
-        << u"https://mcdn.daserste.de/daserste/de/master_3744.m3u8"_s
-        << u"Das Erste|-|GERMAN TV|-"_s;
+        << u"m3u/made/german-cp1252-mixed-breaks.m3u"_s << 10
+        << u"https://tv.example/koeln/index.m3u8"_s << u"Stadt K\u00f6ln|-|REGIONAL|-"_s;
+    QTest::newRow("no comma: the line is the title")
+        << u"m3u/made/german-cp1252-mixed-breaks.m3u"_s << 10 << u"https://tv.example/kueche.m3u8"_s
+        << u"#EXTINF:-1 tvg-name=M\u00fcllers K\u00fcche group-title=\"KOCHEN\"|-|KOCHEN|-"_s;
     QTest::newRow("Latin-1 fallback keeps every byte")
-        << u"m3u/free-iptv-countries-legacy-encodings/SK01_SLOVAKIA.cp1252.m3u"_s << 20
-        << u"http://lb.streaming.sk/tvnasa/stream/playlist.m3u8"_s
-        << u"Ko\u009aice:dnes|https://i.imgur.com/ypZ4H5m.jpg|SLOVAKIA|-"_s;
+        << u"m3u/made/slovak-cp1252.m3u"_s << 4 << u"https://tv.example/sk/kosice/playlist.m3u8"_s
+        << u"Ko\u009aice:dnes|http://logos.example/kosice.png|SLOVENSKO|-"_s;
     QTest::newRow("relative playlist addresses")
         << u"m3u/iptv-org-2021-channels/index.m3u"_s << 161
-        << QString(WebAddress::fromLocalFile(
-                       sharedTestData(u"m3u/iptv-org-2021-channels/channels/af.m3u"_s))
-                       .text())
+        << QString(
+               WebAddress::fromLocalFile(testData(u"m3u/iptv-org-2021-channels/channels/af.m3u"_s))
+                   .text())
         << u"Afghanistan|-|-|-"_s;
     QTest::newRow("peer fixture with a comma in a logo")
-        << u"peer-fixtures/freearhey-iptv-playlist-parser/base.m3u"_s << 6
+        << u"peer-fixtures/iptv-playlist-parser/base.m3u"_s << 6
         << u"http://livestream.htp.tv/hls-live/livepkgr/_definst_/H1/H1_HQ.m3u8"_s
         << u"Mic_.2KNN9OHw1p.png.pagespeed.ce.2KNN9OHw1p.png\" "
            u"tvg-url=\"http://195.154.221.171/epg/"
@@ -251,7 +275,7 @@ void tst_PlaylistParser::readsPlaylistsFromTheWild()
     QFETCH(int, count);
     QFETCH(QString, url);
     QFETCH(QString, expected);
-    const QList<PlaylistEntry> entries = parseShared(file);
+    const QList<PlaylistEntry> entries = parseTestData(file);
     QCOMPARE(entries.size(), count);
     const PlaylistEntry *entry = findByUrl(entries, url);
     QVERIFY2(entry, qPrintable(url));

@@ -47,12 +47,12 @@ void tst_PlaylistTextDecoder::decodes()
 
 void tst_PlaylistTextDecoder::decodesRealFiles()
 {
-    const std::optional<QString> latin1 = PlaylistTextDecoder::decode(readSharedTestData(
-        u"m3u/free-iptv-countries-legacy-encodings/01_German.cp1252_loneCR_unquoted.m3u"_s));
-    QVERIFY(latin1 && latin1->contains(u"WDR K\u00f6ln"));
-    const std::optional<QString> utf8 = PlaylistTextDecoder::decode(readSharedTestData(
-        u"m3u/free-iptv-countries-legacy-encodings/DE01_GERMANY.HEAD.utf8.m3u"_s));
-    QVERIFY(utf8 && utf8->contains(u"K\u00f6ln"));
+    const std::optional<QString> latin1 =
+        PlaylistTextDecoder::decode(readTestData(u"m3u/made/german-cp1252-mixed-breaks.m3u"_s));
+    QVERIFY(latin1 && latin1->contains(u"Stadt K\u00f6ln"));
+    const std::optional<QString> utf8 =
+        PlaylistTextDecoder::decode(readTestData(u"m3u/made/german-utf8.m3u"_s));
+    QVERIFY(utf8 && utf8->contains(u"Stadt K\u00f6ln"));
 }
 
 QTEST_APPLESS_MAIN(tst_PlaylistTextDecoder)

@@ -46,42 +46,38 @@ void tst_PlayerLayerGeometry::layoutOfEachMode_data()
     const QSizeF view(1600, 900);
     const QSizeF wide(1920, 1080);
     const QRectF box(546.875, 0, 506.25, 900);
-    const double g = 1.13 - 1;
-    const auto zoom = [g](QRectF r) {
-        return QRectF(r.x() - 0.5 * g * r.width(), r.y() - 0.5 * g * r.height(),
-                      r.width() * (1 + g), r.height() * (1 + g));
-    };
+    // The box's own picture, grown 1.13 times about its centre.
+    const QRectF boxZoomed(-32.90625, -58.5, 572.0625, 1017);
 
     QTest::newRow("normal: the whole view, no zoom")
         << Mode::normal << view << wide << 0.0 << QRectF(0, 0, 1600, 900)
         << QRectF(0, 0, 1600, 900);
     QTest::newRow("fill: the 9:16 box, zoomed")
-        << Mode::fill << view << wide << 0.0 << box << QRectF(-32.90625, -58.5, 572.0625, 1017);
+        << Mode::fill << view << wide << 0.0 << box << boxZoomed;
     QTest::newRow("rotate: the box, no zoom")
         << Mode::rotate << view << wide << 0.0 << box << QRectF(0, 0, 506.25, 900);
     QTest::newRow("manual pan 0 centres a wide picture")
-        << Mode::manual << view << wide << 0.0 << box << zoom(QRectF(-546.875, 0, 1600, 900));
+        << Mode::manual << view << wide << 0.0 << box << QRectF(-650.875, -58.5, 1808, 1017);
     QTest::newRow("manual pan 1 aligns the left edges")
-        << Mode::manual << view << wide << 1.0 << box << zoom(QRectF(0, 0, 1600, 900));
+        << Mode::manual << view << wide << 1.0 << box << QRectF(-104, -58.5, 1808, 1017);
     QTest::newRow("manual pan -1 aligns the right edges")
-        << Mode::manual << view << wide << -1.0 << box << zoom(QRectF(-1093.75, 0, 1600, 900));
+        << Mode::manual << view << wide << -1.0 << box << QRectF(-1197.75, -58.5, 1808, 1017);
     QTest::newRow("smart pans like manual")
-        << Mode::smart << view << wide << 0.5 << box << zoom(QRectF(-273.4375, 0, 1600, 900));
+        << Mode::smart << view << wide << 0.5 << box << QRectF(-377.4375, -58.5, 1808, 1017);
     QTest::newRow("manual 9:16 picture fills the box, pan ignored")
-        << Mode::manual << view << QSizeF(1080, 1920) << 0.7 << box
-        << zoom(QRectF(0, 0, 506.25, 900));
+        << Mode::manual << view << QSizeF(1080, 1920) << 0.7 << box << boxZoomed;
     QTest::newRow("manual tall picture is centred vertically")
         << Mode::manual << view << QSizeF(900, 2000) << 0.0 << box
-        << zoom(QRectF(0, -(1125 - 900) / 2.0, 506.25, 1125));
+        << QRectF(-32.90625, -185.625, 572.0625, 1271.25);
     QTest::newRow("manual without a picture size uses the box")
-        << Mode::manual << view << QSizeF(0, 0) << 1.0 << box << zoom(QRectF(0, 0, 506.25, 900));
+        << Mode::manual << view << QSizeF(0, 0) << 1.0 << box << boxZoomed;
     QTest::newRow("narrow view: the box overhangs both sides")
         << Mode::fill << QSizeF(300, 900) << wide << 0.0 << QRectF(-103.125, 0, 506.25, 900)
-        << QRectF(-32.90625, -58.5, 572.0625, 1017);
+        << boxZoomed;
     // Below a height of 1 the box's aspect is taken as its width alone.
     QTest::newRow("box under one unit high")
         << Mode::manual << QSizeF(10, 0.5) << QSizeF(40, 100) << 0.0
-        << QRectF(4.859375, 0, 0.28125, 0.5) << zoom(QRectF(0, 0, 0.2, 0.5));
+        << QRectF(4.859375, 0, 0.28125, 0.5) << QRectF(-0.013, -0.0325, 0.226, 0.565);
 }
 
 void tst_PlayerLayerGeometry::layoutOfEachMode()

@@ -1,7 +1,8 @@
 // The video area on a real OpenGL widget under Xvfb, drawing a real engine's frames: a 16:9 clip
 // in three columns (red, green, blue) shows where each part of the picture lands in each mode.
 
-#include "App/AppNotifier.h"
+#include "Base/AppNotifier.h"
+#include "Base/WebAddress.h"
 #include "Player/PlayerModel.h"
 #include "Recording/PlayerSurfaceRegistry.h"
 #include "Surface/PlayerHostingView.h"
@@ -9,7 +10,7 @@
 #include "Surface/PlayerSurface.h"
 #include "TestHttpServer.h"
 #include "TestMedia.h"
-#include "Web/WebAddress.h"
+#include "TestViews.h"
 #include "Web/YouTubePlayerView.h"
 
 #include <QApplication>
@@ -84,8 +85,7 @@ private Q_SLOTS:
     void cleanup();
     void modesPlaceThePicture_data();
     void modesPlaceThePicture();
-    void dragInManualPansByAShareOfTheWidth();
-    void doubleClickTogglesFullScreenOnly();
+    void mouseOnThePicture();
     void nothingIsDrawnWhileNothingChanges();
     void surfaceShowsOnePlayerAndThePrompt();
     void badgeShowsForLiveStreamsOnly_data();
@@ -96,14 +96,18 @@ private:
     void showPausedClip();
     PlayerHostingView *hostingView() const;
 
-    std::unique_ptr<PlayerModel> m_model;
+    std::unique_ptr<TestViews> m_views;
+    std::unique_ptr<TestPlayer> m_player;
+    PlayerModel *m_model = nullptr;
     std::unique_ptr<PlayerSurface> m_surface;
 };
 
 void tst_PlayerSurface::init()
 {
-    m_model = std::make_unique<PlayerModel>(MpvEngine::Output::render);
-    m_surface = std::make_unique<PlayerSurface>(*m_model);
+    m_views = std::make_unique<TestViews>();
+    m_player = std::make_unique<TestPlayer>(MpvEngine::Output::render);
+    m_model = &m_player->model;
+    m_surface = std::make_unique<PlayerSurface>(*m_model, m_views->services(*m_player));
     m_surface->resize(640, 360);
     m_surface->show();
     QVERIFY(QTest::qWaitForWindowExposed(m_surface.get()));
@@ -112,7 +116,8 @@ void tst_PlayerSurface::init()
 void tst_PlayerSurface::cleanup()
 {
     m_surface.reset();
-    m_model.reset();
+    m_player.reset();
+    m_views.reset();
 }
 
 PlayerHostingView *tst_PlayerSurface::hostingView() const
@@ -177,54 +182,41 @@ void tst_PlayerSurface::modesPlaceThePicture()
     QCOMPARE(recorded, mode == Mode::normal ? view->rect() : QRect(219, 0, 202, 360));
 }
 
-void tst_PlayerSurface::dragInManualPansByAShareOfTheWidth()
+void tst_PlayerSurface::mouseOnThePicture()
 {
     showPausedClip();
     m_surface->setPortraitMode(Mode::fill);
     m_surface->setPortraitMode(Mode::manual);
     PlayerHostingView *view = hostingView();
-    QSignalSpy clicked(&AppNotifier::shared(), &AppNotifier::playerSurfaceClicked);
-    // 35% of 640 px to the right takes the pan from 0 to 1; half of it back, to 0.5.
+    QSignalSpy clicked(&m_views->notifier, &AppNotifier::playerSurfaceClicked);
+    // 35% of 640 px to the right takes the pan from 0 to 1, and no further.
     QTest::mousePress(view, Qt::LeftButton, {}, QPoint(100, 180));
     QTest::mouseMove(view, QPoint(212, 180));
     QCOMPARE(view->horizontalPan(), 0.5);
-    QTest::mouseMove(view, QPoint(324, 180));
-    QCOMPARE(view->horizontalPan(), 1.0);
     QTest::mouseMove(view, QPoint(600, 180));
     QCOMPARE(view->horizontalPan(), 1.0);
     QTest::mouseRelease(view, Qt::LeftButton, {}, QPoint(600, 180));
     QCOMPARE(clicked.count(), 1);
+    QCOMPARE(clicked.first().first().value<QObject *>(), m_surface->windowHandle());
     QCOMPARE(mismatches(view->grabFramebuffer(), {{{300, 180}, 'r'}}), QString());
 
-    // The framing survives smart mode and back; fill starts centred again.
+    // The framing survives smart mode and back.
     m_surface->setPortraitMode(Mode::smart);
     m_surface->setPortraitMode(Mode::manual);
     QCOMPARE(view->horizontalPan(), 1.0);
-    m_surface->setPortraitMode(Mode::fill);
-    QCOMPARE(view->horizontalPan(), 0.0);
-}
 
-void tst_PlayerSurface::doubleClickTogglesFullScreenOnly()
-{
-    PlayerHostingView *view = hostingView();
-    m_surface->setPortraitMode(Mode::manual);
-    QSignalSpy clicked(&AppNotifier::shared(), &AppNotifier::playerSurfaceClicked);
-    // As the window system delivers it: a click, then the double-click press. The first is a
-    // click like any other; the second only toggles full screen.
-    const auto doubleClick = [view] {
-        QTest::mouseClick(view, Qt::LeftButton, {}, QPoint(320, 180));
-        QTest::mouseDClick(view, Qt::LeftButton, {}, QPoint(320, 180));
-    };
-    // Without a window manager the X server never confirms full screen and the window falls
-    // back at once, so what can be seen is the state asked of the window.
+    // As the window system delivers a double click: a click like any other, then the
+    // double-click press, which only toggles full screen. Without a window manager the X server
+    // never confirms full screen, so what can be seen is the state asked of the window.
     StateRecorder states(m_surface.get());
-    doubleClick();
-    QCOMPARE(clicked.count(), 1);
-    QCOMPARE(clicked.first().first().value<QObject *>(), m_surface->windowHandle());
+    QTest::mouseClick(view, Qt::LeftButton, {}, QPoint(320, 180));
+    QTest::mouseDClick(view, Qt::LeftButton, {}, QPoint(320, 180));
+    QCOMPARE(clicked.count(), 2);
+    QCOMPARE(view->horizontalPan(), 1.0);
     QVERIFY(!states.asked.isEmpty());
     QVERIFY(states.asked.first() & Qt::WindowFullScreen);
-    doubleClick();
-    QCOMPARE(clicked.count(), 2);
+
+    m_surface->setPortraitMode(Mode::fill); // fill starts centred again
     QCOMPARE(view->horizontalPan(), 0.0);
 }
 
@@ -244,18 +236,18 @@ void tst_PlayerSurface::surfaceShowsOnePlayerAndThePrompt()
 {
     QVERIFY(qobject_cast<PlayerLayerView *>(m_surface->currentPlayer()));
     QVERIFY(m_surface->isPromptShown());
-    QCOMPARE(PlayerSurfaceRegistry::shared().surfaceView(), hostingView());
+    QCOMPARE(m_views->surfaces.view(), hostingView());
 
     m_model->openRemote(u"https://www.youtube.com/watch?v=abc", std::nullopt);
     QTRY_VERIFY(qobject_cast<YouTubePlayerView *>(m_surface->currentPlayer()));
     QVERIFY(!m_surface->isPromptShown());
-    QVERIFY(PlayerSurfaceRegistry::shared().surfaceView() != nullptr);
+    QVERIFY(m_views->surfaces.view() != nullptr);
     QVERIFY(!qobject_cast<PlayerLayerView *>(m_surface->currentPlayer()));
 
     // Back to the engine: a new picture, which plays.
     showPausedClip();
     QVERIFY(!m_surface->isPromptShown());
-    QCOMPARE(PlayerSurfaceRegistry::shared().surfaceView(), hostingView());
+    QCOMPARE(m_views->surfaces.view(), hostingView());
     m_model->stop();
     QVERIFY(m_surface->isPromptShown());
 }
@@ -276,7 +268,7 @@ void tst_PlayerSurface::badgeShowsForLiveStreamsOnly()
     server.route("/stream.m3u8", silent);
     m_model->play(*WebAddress::fromText(server.url(QStringLiteral("/stream.m3u8"))), {}, live);
     QTRY_VERIFY(m_model->isBuffering() == live);
-    QTest::qWait(600);
+    QTest::qWait(600); // past the indicator's delay
     QCOMPARE(m_surface->isBufferingBadgeShown(), live);
     m_model->stop();
     QVERIFY(!m_surface->isBufferingBadgeShown());

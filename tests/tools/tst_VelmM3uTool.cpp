@@ -38,8 +38,6 @@ private Q_SLOTS:
     void classifies_data();
     void classifies();
     void summarises();
-    void explainsItself_data();
-    void explainsItself();
 
 private:
     QString write(const QString &name, const QByteArray &bytes);
@@ -174,25 +172,6 @@ void tst_VelmM3uTool::summarises()
                                     "Without logo:       3\n"
                                     "Without group:      1\n"
                                     "Without country:    1\n"));
-}
-
-void tst_VelmM3uTool::explainsItself_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QByteArray>("usage");
-
-    QTest::newRow("tool") << QStringList{u"--help"_s} << QByteArray("Usage: velm-m3u COMMAND");
-    QTest::newRow("parse") << QStringList{u"parse"_s, u"--help"_s}
-                           << QByteArray("Usage: velm-m3u parse");
-}
-
-void tst_VelmM3uTool::explainsItself()
-{
-    QFETCH(QStringList, arguments);
-    QFETCH(QByteArray, usage);
-    const ProcessResult result = tool(arguments);
-    QCOMPARE(result.exitCode, 0);
-    QVERIFY(result.out.startsWith(usage));
 }
 
 QTEST_GUILESS_MAIN(tst_VelmM3uTool)

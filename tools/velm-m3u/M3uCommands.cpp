@@ -1,8 +1,8 @@
 #include "M3uCommands.h"
 
+#include "Base/JsonText.h"
 #include "Player/PlayerTexts.h"
 #include "Player/RemoteAddress.h"
-#include "Playlist/JsonText.h"
 #include "Playlist/PlaylistError.h"
 #include "Playlist/PlaylistJson.h"
 #include "Playlist/PlaylistParser.h"

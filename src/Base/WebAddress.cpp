@@ -1,4 +1,4 @@
-#include "Web/WebAddress.h"
+#include "Base/WebAddress.h"
 
 #include <QStringDecoder>
 

@@ -1,10 +1,10 @@
-#include "Playlist/LocalM3UActions.h"
+#include "UI/LocalM3UActions.h"
 
 #include "Player/PlayerModel.h"
 #include "Player/PlayerTiming.h"
-#include "Playlist/LocalM3UExportPrompts.h"
 #include "Playlist/M3UExport.h"
 #include "Playlist/PlaylistTexts.h"
+#include "UI/LocalM3UExportPrompts.h"
 
 #include <QDate>
 #include <QFileInfo>

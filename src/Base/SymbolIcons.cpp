@@ -1,4 +1,4 @@
-#include "UI/SymbolIcons.h"
+#include "Base/SymbolIcons.h"
 
 #include <QFile>
 #include <QPainter>

@@ -1,4 +1,4 @@
-#include "Playlist/JsonText.h"
+#include "Base/JsonText.h"
 
 void JsonText::appendString(QByteArray &out, QStringView text)
 {

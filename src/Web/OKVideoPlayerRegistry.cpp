@@ -1,7 +1,0 @@
-#include "Web/OKVideoPlayerRegistry.h"
-
-OKVideoPlayerRegistry &OKVideoPlayerRegistry::shared()
-{
-    static OKVideoPlayerRegistry *registry = new OKVideoPlayerRegistry;
-    return *registry;
-}
