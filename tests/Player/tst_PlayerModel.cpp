@@ -2,7 +2,6 @@
 #include "Player/PlayerModel.h"
 #include "Player/PlayerTexts.h"
 
-#include "RecordingScriptTarget.h"
 #include "TestHttpServer.h"
 #include "TestMedia.h"
 #include "TestPlayer.h"
@@ -59,19 +58,14 @@ private Q_SLOTS:
     void unplayableMediaStopsQuietly_data();
     void unplayableMediaStopsQuietly();
     void audioHasNoPictureShape();
-    void hlsStreamPlaysOverHttp();
     void volumeStaysOnItsGrid_data();
     void volumeStaysOnItsGrid();
     void aNewerToastReplacesAnOlderOne();
-    void streamTitleFollowsTheMovieName_data();
-    void streamTitleFollowsTheMovieName();
     void playAfterStopReplaysTheLastSource();
     void clearForgetsNetworkSourcesOnly_data();
     void clearForgetsNetworkSourcesOnly();
     void openRemoteClassifiesTheAddress_data();
     void openRemoteClassifiesTheAddress();
-    void webVideosGetScriptCommands_data();
-    void webVideosGetScriptCommands();
     void bufferingShowsOnlyForLongLiveStalls_data();
     void bufferingShowsOnlyForLongLiveStalls();
 };
@@ -211,25 +205,6 @@ void tst_PlayerModel::audioHasNoPictureShape()
     QVERIFY(!model.videoAspectMediaLoadID());
 }
 
-void tst_PlayerModel::hlsStreamPlaysOverHttp()
-{
-    // Any ".m3u8" address counts as live, yet a finished HLS playlist still has its length.
-    TestHttpServer server;
-    server.setHandler([](const QByteArray &path) {
-        return TestHttpReply::file(testMedia(QString::fromLatin1(path.mid(1))),
-                                   "application/octet-stream");
-    });
-    TestPlayer player;
-    PlayerModel &model = player.model;
-    model.openRemote(server.url(u"/vod/index.m3u8"_s), std::nullopt);
-    QVERIFY(model.isLiveStream());
-    QCOMPARE(model.title(), u"index.m3u8"_s);
-    QTRY_VERIFY(std::fabs(model.duration() - 5.0) < 0.1);
-    QTRY_VERIFY(model.currentTime() > 1.0);
-    QVERIFY(model.isPlaying());
-    QCOMPARE(model.videoAspectRatio(), 16.0 / 9.0);
-}
-
 void tst_PlayerModel::volumeStaysOnItsGrid_data()
 {
     QTest::addColumn<double>("start");
@@ -279,28 +254,6 @@ void tst_PlayerModel::aNewerToastReplacesAnOlderOne()
     QCOMPARE(model.toastMessage(), u"second"_s);
     QTRY_VERIFY(!model.toastMessage());
     QVERIFY(clock.elapsed() >= 650);
-}
-
-void tst_PlayerModel::streamTitleFollowsTheMovieName_data()
-{
-    QTest::addColumn<bool>("live");
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("title");
-    QTest::newRow("live, trimmed") << true << u" News \n"_s << u"News"_s;
-    QTest::newRow("live, blank") << true << u"  "_s << placeholder;
-    QTest::newRow("file") << false << u"News"_s << u"stream.m3u8"_s;
-}
-
-void tst_PlayerModel::streamTitleFollowsTheMovieName()
-{
-    QFETCH(bool, live);
-    QFETCH(QString, name);
-    QFETCH(QString, title);
-    TestPlayer player;
-    PlayerModel &model = player.model;
-    model.play(address(u"http://127.0.0.1:1/stream.m3u8"_s), std::nullopt, live);
-    model.updateStreamTitle(name);
-    QCOMPARE(model.title(), title);
 }
 
 void tst_PlayerModel::playAfterStopReplaysTheLastSource()
@@ -412,45 +365,6 @@ void tst_PlayerModel::openRemoteClassifiesTheAddress()
         QCOMPARE(model.videoAspectMediaLoadID(), model.mediaLoadID());
         QCOMPARE(model.currentURL()->toLocalFile(), testMedia(u"clip.mp4"_s));
     }
-}
-
-void tst_PlayerModel::webVideosGetScriptCommands_data()
-{
-    QTest::addColumn<QString>("address");
-    QTest::addColumn<QStringList>("scripts");
-    QTest::newRow("youtube") << u"https://youtu.be/abc?list=PL1"_s
-                             << QStringList{u"velmToggle();"_s, u"velmSkip(-10.0);"_s,
-                                            u"velmSetVolume(0.35);"_s, u"velmSetMuted(true);"_s};
-    const QString video = u"var v=document.querySelector('video'); if(v){"_s;
-    QTest::newRow("ok.ru") << u"https://ok.ru/video/12345"_s
-                           << QStringList{
-                                  video + u"v.paused?v.play():v.pause();}"_s,
-                                  video + u"v.currentTime=Math.max(0,v.currentTime+(-10.0));}"_s,
-                                  video + u"v.muted=false;v.volume=0.35;}"_s,
-                                  video + u"v.muted=true;}"_s};
-}
-
-void tst_PlayerModel::webVideosGetScriptCommands()
-{
-    QFETCH(QString, address);
-    QFETCH(QStringList, scripts);
-    RecordingScriptTarget youtubeView, okView;
-    TestPlayer player;
-    PlayerModel &model = player.model;
-    player.youtubePlayers.hold(&youtubeView);
-    player.okVideoPlayers.hold(&okView);
-    model.openRemote(address, std::nullopt);
-    model.togglePlayback();
-    QVERIFY(!model.isPlaying()); // assumed paused: the page is not asked
-    model.skip(-10);
-    model.setVolume(0.35);
-    model.toggleMute();
-    QVERIFY(model.isMuted());
-    QCOMPARE(model.volume(), 0.35);
-    const RecordingScriptTarget &view = model.youtubeContent() ? youtubeView : okView;
-    const RecordingScriptTarget &other = model.youtubeContent() ? okView : youtubeView;
-    QTRY_COMPARE(view.scripts, scripts);
-    QVERIFY(other.scripts.isEmpty());
 }
 
 void tst_PlayerModel::bufferingShowsOnlyForLongLiveStalls_data()

@@ -58,7 +58,6 @@ class tst_PlaylistParser : public QObject
 private Q_SLOTS:
     void parses_data();
     void parses();
-    void lineEndingsDoNotMatter();
     void readsEveryListOfTheCorpus();
     void readsPlaylistsFromTheWild_data();
     void readsPlaylistsFromTheWild();
@@ -157,20 +156,6 @@ void tst_PlaylistParser::parses()
     QFETCH(QString, text);
     QFETCH(QStringList, expected);
     QCOMPARE(describeAll(PlaylistParser::parse(text, remoteBase())), expected);
-}
-
-void tst_PlaylistParser::lineEndingsDoNotMatter()
-{
-    const QString lf =
-        u"#EXTM3U\n#EXTINF:-1 group-title=\"G\",A\nhttp://s/a\n\n#EXTINF:-1,B\nrel/b.ts\n"_s;
-    const QStringList expected = describeAll(PlaylistParser::parse(lf, remoteBase()));
-    QCOMPARE(expected.size(), 2);
-    QString crlf = lf;
-    crlf.replace(u"\n"_s, u"\r\n"_s);
-    QString cr = lf;
-    cr.replace(u'\n', u'\r');
-    QCOMPARE(describeAll(PlaylistParser::parse(crlf, remoteBase())), expected);
-    QCOMPARE(describeAll(PlaylistParser::parse(cr, remoteBase())), expected);
 }
 
 void tst_PlaylistParser::readsEveryListOfTheCorpus()

@@ -1,6 +1,7 @@
-// The main window's content as a user drives it, under Xvfb: a real player playing generated
-// media, playlists and logos from a local HTTP server, the real file dialogs and alerts answered
-// by the test, and saved links in a temporary home.
+// The main window as a user drives it, under Xvfb: its state (times, the address field's cleaning
+// and automatic opening, where a published list goes) and its content, with a real player playing
+// generated media, playlists and logos from a local HTTP server, the real file dialogs and alerts
+// answered by the test, and saved links in a temporary home.
 
 #include "Base/SymbolIcons.h"
 #include "Player/PlayerModel.h"
@@ -42,6 +43,7 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QSlider>
 #include <QTemporaryDir>
 #include <QTest>
@@ -118,9 +120,18 @@ private Q_SLOTS:
     void initTestCase();
     void init();
     void cleanup();
+    void timesHaveNoHours_data();
+    void timesHaveNoHours();
+    void addressIsCleaned_data();
+    void addressIsCleaned();
+    void httpAddressOpensAfterCalm();
+    void otherSchemesNeverOpenByThemselves_data();
+    void otherSchemesNeverOpenByThemselves();
+    void emptyingTheAddressForgetsTheNetworkSource();
+    void publishedPlaylistGoesToThePanelShown_data();
+    void publishedPlaylistGoesToThePanelShown();
     void pastedAddressListsChannelsThatFiltersNarrow();
     void channelRowsPlaySaveAndShowLogos();
-    void linkEditorRefusesThenSavesAndEdits_data();
     void linkEditorRefusesThenSavesAndEdits();
     void deletingAsksFirst();
     void importAndExportGoThroughTheirDialogs();
@@ -214,6 +225,121 @@ void tst_ContentView::clickRowAction(ChannelListView *list, int row, ChannelRowA
     QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, button.center());
 }
 
+void tst_ContentView::timesHaveNoHours_data()
+{
+    QTest::addColumn<double>("duration");
+    QTest::addColumn<double>("position");
+    QTest::addColumn<QString>("current");
+    QTest::addColumn<QString>("remaining");
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    QTest::newRow("unknown duration") << 0.0 << 0.0 << u"00:00"_s << u"00:00"_s;
+    QTest::newRow("a fraction is cut") << 120.0 << 59.9 << u"00:59"_s << u"01:00"_s;
+    QTest::newRow("an hour is sixty minutes") << 4503.0 << 3600.0 << u"60:00"_s << u"15:03"_s;
+    QTest::newRow("live past its duration") << 10.0 << 25.0 << u"00:25"_s << u"00:00"_s;
+    QTest::newRow("not a number") << nan << nan << u"00:00"_s << u"00:00"_s;
+}
+
+void tst_ContentView::timesHaveNoHours()
+{
+    QFETCH(double, duration);
+    QFETCH(double, position);
+    QFETCH(QString, current);
+    QFETCH(QString, remaining);
+    QCOMPARE(PlayerTimeText::time(position), current);
+    QCOMPARE(PlayerTimeText::remaining(duration, position), remaining);
+}
+
+void tst_ContentView::addressIsCleaned_data()
+{
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QString>("kept");
+    QTest::newRow("trailing line break")
+        << u"https://a.example/x.m3u8\r\n"_s << u"https://a.example/x.m3u8"_s;
+    QTest::newRow("spaces and tabs around")
+        << u" \thttps://a.example/x \t"_s << u"https://a.example/x"_s;
+    QTest::newRow("a break inside joins the halves")
+        << u"https://a.exam\nple/x"_s << u"https://a.example/x"_s;
+    QTest::newRow("inner spaces stay") << u"a b"_s << u"a b"_s;
+}
+
+void tst_ContentView::addressIsCleaned()
+{
+    QFETCH(QString, typed);
+    QFETCH(QString, kept);
+    state().setAddress(typed);
+    QCOMPARE(state().address(), kept);
+}
+
+void tst_ContentView::httpAddressOpensAfterCalm()
+{
+    state().setAddress(m_server.url(u"/list.m3"_s));
+    QTest::qWait(300);
+    QElapsedTimer sinceLastKey;
+    sinceLastKey.start();
+    state().setAddress(m_server.url(u"/list.m3u"_s));
+    // The first address's wait was cancelled: it is never requested, and the second opens a
+    // full 0.45 s after the last keystroke.
+    QTRY_COMPARE(m_model->playlist().size(), 3);
+    QVERIFY(sinceLastKey.elapsed() >= 450);
+    QCOMPARE(m_server.requestCount("/list.m3u"), 1);
+    QCOMPARE(m_server.requestCount("/list.m3"), 0);
+}
+
+void tst_ContentView::otherSchemesNeverOpenByThemselves_data()
+{
+    QTest::addColumn<QString>("address");
+    QTest::newRow("rtmp") << u"rtmp://127.0.0.1/live/stream"_s;
+    QTest::newRow("file") << u"file:///tmp/list.m3u"_s;
+    QTest::newRow("not an address") << u"just words"_s;
+}
+
+void tst_ContentView::otherSchemesNeverOpenByThemselves()
+{
+    QFETCH(QString, address);
+    QSignalSpy loading(m_model, &PlayerModel::isLoadingChanged);
+    QSignalSpy errors(m_model, &PlayerModel::errorMessageChanged);
+    state().setAddress(address);
+    QTest::qWait(900);
+    QCOMPARE(loading.count(), 0);
+    QCOMPARE(errors.count(), 0);
+    // Play does open it, and the model explains why it cannot.
+    state().openStream();
+    QTRY_VERIFY(m_model->errorMessage().has_value());
+}
+
+void tst_ContentView::emptyingTheAddressForgetsTheNetworkSource()
+{
+    state().setAddress(m_server.url(u"/stream.m3u8"_s));
+    state().openStream();
+    QTRY_VERIFY(m_model->lastPlayableSource().has_value());
+    state().setAddress(QString());
+    QVERIFY(!m_model->lastPlayableSource().has_value());
+}
+
+void tst_ContentView::publishedPlaylistGoesToThePanelShown_data()
+{
+    QTest::addColumn<std::optional<PlayerSidebarSection>>("section");
+    QTest::addColumn<int>("networkRows");
+    QTest::addColumn<int>("savedLinks");
+    QTest::newRow("network panel") << std::optional(PlayerSidebarSection::network) << 3 << 0;
+    QTest::newRow("saved links") << std::optional(PlayerSidebarSection::localM3U) << 0 << 3;
+    QTest::newRow("no panel") << std::optional<PlayerSidebarSection>() << 0 << 0;
+}
+
+void tst_ContentView::publishedPlaylistGoesToThePanelShown()
+{
+    QFETCH(std::optional<PlayerSidebarSection>, section);
+    QFETCH(int, networkRows);
+    QFETCH(int, savedLinks);
+    state().setSelectedSidebarSection(section);
+    QSignalSpy published(m_model, &PlayerModel::playlistChanged);
+    m_model->openRemote(m_server.url(u"/list.m3u"_s), std::nullopt);
+    QTRY_COMPARE(published.size(), 1);
+    QCOMPARE(state().networkChannels().filteredCount(), networkRows);
+    QCOMPARE(m_store->entries().size(), savedLinks);
+    QCOMPARE(state().localLinks().filteredCount(), savedLinks);
+}
+
 void tst_ContentView::pastedAddressListsChannelsThatFiltersNarrow()
 {
     AddressField *field = network()->addressField();
@@ -281,26 +407,8 @@ void tst_ContentView::channelRowsPlaySaveAndShowLogos()
     QCOMPARE(m_server.requestCount("/logo.png"), fetched);
 }
 
-void tst_ContentView::linkEditorRefusesThenSavesAndEdits_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("url");
-    QTest::addColumn<QString>("refusal");
-    QTest::newRow("blank name") << u"  "_s << u"https://tv.example/a.m3u8"_s
-                                << WindowTexts::nameRequired.toString();
-    QTest::newRow("ftp address") << u"News"_s << u"ftp://tv.example/a.m3u8"_s
-                                 << WindowTexts::validURLRequired.toString();
-    QTest::newRow("no address") << u"News"_s << u"news channel"_s
-                                << WindowTexts::validURLRequired.toString();
-    QTest::newRow("scheme without host")
-        << u"News"_s << u"https:a.m3u8"_s << WindowTexts::validURLRequired.toString();
-}
-
 void tst_ContentView::linkEditorRefusesThenSavesAndEdits()
 {
-    QFETCH(QString, name);
-    QFETCH(QString, url);
-    QFETCH(QString, refusal);
     QTest::mouseClick(m_view->sidebar()->sectionButton(1), Qt::LeftButton);
     QCOMPARE(m_view->sidebar()->currentPanel(), local());
     QVERIFY(local()->emptyText()->isVisible());
@@ -309,11 +417,20 @@ void tst_ContentView::linkEditorRefusesThenSavesAndEdits()
     QTest::mouseClick(local()->addButton(), Qt::LeftButton);
     auto *editor = qobject_cast<LinkEditorDialog *>(m_view->openSheet());
     QVERIFY(editor && editor->isVisible());
-    editor->nameField()->setText(name);
-    editor->urlField()->setText(url);
-    QTest::mouseClick(editor->saveButton(), Qt::LeftButton);
-    QCOMPARE(editor->refusal(), refusal);
-    QVERIFY(editor->isVisible());
+    const QString needsName = WindowTexts::nameRequired.toString();
+    const QString needsURL = WindowTexts::validURLRequired.toString();
+    for (const auto &[name, url, refusal] : {
+             std::tuple{u"  "_s, u"https://tv.example/a.m3u8"_s, needsName},
+             std::tuple{u"News"_s, u"ftp://tv.example/a.m3u8"_s, needsURL},
+             std::tuple{u"News"_s, u"news channel"_s, needsURL},
+             std::tuple{u"News"_s, u"https:a.m3u8"_s, needsURL}, // a scheme without a host
+         }) {
+        editor->nameField()->setText(name);
+        editor->urlField()->setText(url);
+        QTest::mouseClick(editor->saveButton(), Qt::LeftButton);
+        QCOMPARE(editor->refusal(), refusal);
+        QVERIFY(editor->isVisible());
+    }
     QVERIFY(m_store->entries().isEmpty());
 
     editor->nameField()->setText(u" News "_s);

@@ -194,10 +194,6 @@ void tst_WebPlayers::youTubePageDeclaresTheContent_data()
     QTest::addColumn<QString>("expectedVideo");    // empty: no videoId option
     QTest::addColumn<QString>("expectedPlaylist"); // empty: no list player variable
 
-    QTest::newRow("video only") << u"https://www.youtube.com/watch?v=abc"_s << u"abc"_s
-                                << QString();
-    QTest::newRow("playlist only")
-        << u"https://www.youtube.com/playlist?list=PL1"_s << QString() << u"PL1"_s;
     QTest::newRow("video within playlist")
         << u"https://youtu.be/xyz?list=PL2"_s << u"xyz"_s << u"PL2"_s;
     QTest::newRow("quote and script end in the playlist")
@@ -244,9 +240,6 @@ void tst_WebPlayers::modelCommandsChangeThePageVideo_data()
     QTest::addColumn<ModelAction>("act");
     QTest::addColumn<VideoCheck>("holds");
     const auto paused = [](const QJsonObject &v, double) { return v[u"paused"].toBool(); };
-    const auto playing = [](const QJsonObject &v, double start) {
-        return !v[u"paused"].toBool() && v[u"time"].toDouble() > start;
-    };
     const QList<std::pair<const char *, QString>> services{
         {"youtube", u"https://www.youtube.com/watch?v=abc"_s},
         {"okvideo", u"https://ok.ru/video/12345"_s}};
@@ -256,13 +249,6 @@ void tst_WebPlayers::modelCommandsChangeThePageVideo_data()
         };
         row(
             "toggle pauses", [](PlayerModel &m) { m.togglePlayback(); }, paused);
-        row(
-            "toggle twice plays",
-            [](PlayerModel &m) {
-                m.togglePlayback();
-                m.togglePlayback();
-            },
-            playing);
         row(
             "skip forward", [](PlayerModel &m) { m.skip(20); },
             [](const QJsonObject &v, double start) {
