@@ -20,6 +20,7 @@
 #include <QKeyEvent>
 #include <QKeySequence>
 #include <QMetaProperty>
+#include <QPointer>
 #include <QTimer>
 #include <QWidget>
 #include <QWindow>
@@ -93,6 +94,8 @@ std::optional<KeyPress> keyPress(const QJsonArray &arguments)
     if (sequence.count() != 1 || sequence[0].keyboardModifiers() != Qt::NoModifier)
         return std::nullopt;
     KeyPress press{sequence[0].key(), Qt::NoModifier, false};
+    if (press.key == Qt::Key_unknown || press.key == 0)
+        return std::nullopt; // a name no keyboard has
     static const std::map<QString, Qt::KeyboardModifier> modifiers = {
         {u"Command"_s, Qt::ControlModifier},
         {u"Control"_s, Qt::MetaModifier},
@@ -153,7 +156,7 @@ void ControlCommands::run(const QJsonArray &command, const Reply &reply)
         {u"stop"_s, action(&PlayerModel::stop)},
         {u"togglePlayback"_s, action(&PlayerModel::togglePlayback)},
         {u"skip"_s, action(&PlayerModel::skip)},
-        {u"setVolume"_s, action(&PlayerModel::setVolume)},
+        {u"setVolume"_s, &ControlCommands::setVolume},
         {u"adjustVolume"_s, action(&PlayerModel::adjustVolume)},
         {u"toggleMute"_s, action(&PlayerModel::toggleMute)},
         {u"local_entries"_s, &ControlCommands::localEntries},
@@ -240,9 +243,9 @@ void ControlCommands::screenshot(const QJsonArray &arguments, const Reply &reply
 {
     if (arguments.size() != 1 || !arguments.at(0).isString())
         return reply(invalidParameter, {});
-    const QString path = arguments.at(0).toString();
-    if (!WindowScreenshot::save(m_window, path))
-        return reply(u"cannot write "_s + path, {});
+    if (const std::optional<QString> failure =
+            WindowScreenshot::save(m_window, arguments.at(0).toString()))
+        return reply(u"cannot write "_s + arguments.at(0).toString() + u": "_s + *failure, {});
     reply({}, {});
 }
 
@@ -294,7 +297,11 @@ void ControlCommands::openRemote(const QJsonArray &arguments, const Reply &reply
     std::optional<QString> displayName;
     if (!textAndOptionalName(arguments, address, displayName))
         return reply(invalidParameter, {});
-    m_model.openRemote(address, displayName).then(this, [reply] { reply({}, {}); });
+    // Once the address has opened, or its playlist has loaded or failed: the answer is the
+    // failure the window shows, if any.
+    m_model.openRemote(address, displayName).then(this, [this, reply] {
+        reply(m_model.errorMessage().value_or(QString()), {});
+    });
 }
 
 void ControlCommands::modelAction(void (PlayerModel::*action)(), const QJsonArray &arguments,
@@ -312,6 +319,15 @@ void ControlCommands::modelAction(void (PlayerModel::*action)(double), const QJs
     if (arguments.size() != 1 || !isNumber(arguments.at(0)))
         return reply(invalidParameter, {});
     (m_model.*action)(arguments.at(0).toDouble());
+    reply({}, {});
+}
+
+void ControlCommands::setVolume(const QJsonArray &arguments, const Reply &reply)
+{
+    if (arguments.size() != 1 || !isNumber(arguments.at(0)))
+        return reply(invalidParameter, {});
+    // The volume moves on a grid of hundredths, as every other way of setting it does.
+    m_model.setVolume(std::round(arguments.at(0).toDouble() * 100) / 100);
     reply({}, {});
 }
 
@@ -348,6 +364,9 @@ void ControlCommands::exportLocalM3U(const QJsonArray &arguments, const Reply &r
 {
     if (arguments.size() != 1 || !arguments.at(0).isString())
         return reply(invalidParameter, {});
+    // A relative path would land wherever the player happened to be started.
+    if (!QDir::isAbsolutePath(arguments.at(0).toString()))
+        return reply(u"not an absolute path: "_s + arguments.at(0).toString(), {});
     if (m_localM3U.store().entries().isEmpty())
         return reply({}, {}); // nothing saved, nothing written
     if (const std::optional<QString> failure =
@@ -367,12 +386,21 @@ void ControlCommands::key(const QJsonArray &arguments, const Reply &reply)
         window = m_window.windowHandle();
     if (!window)
         return reply(u"no window to send the key to"_s, {});
-    const QString text = typedText(*press);
-    QKeyEvent down(QEvent::KeyPress, press->key, press->modifiers, text, press->isAutoRepeat);
-    QCoreApplication::sendEvent(window, &down);
-    QKeyEvent up(QEvent::KeyRelease, press->key, press->modifiers, text, press->isAutoRepeat);
-    QCoreApplication::sendEvent(window, &up);
-    reply({}, {});
+    // Pressed from the event loop, not inside the socket's handler: a key may open a dialog that
+    // runs a loop of its own. The reply follows once the key has been handled.
+    QMetaObject::invokeMethod(
+        this,
+        [window = QPointer<QWindow>(window), press = *press, reply] {
+            if (!window)
+                return reply(u"no window to send the key to"_s, {});
+            const QString text = typedText(press);
+            QKeyEvent down(QEvent::KeyPress, press.key, press.modifiers, text, press.isAutoRepeat);
+            QCoreApplication::sendEvent(window, &down);
+            QKeyEvent up(QEvent::KeyRelease, press.key, press.modifiers, text, press.isAutoRepeat);
+            QCoreApplication::sendEvent(window, &up);
+            reply({}, {});
+        },
+        Qt::QueuedConnection);
 }
 
 void ControlCommands::quit(const QJsonArray &arguments, const Reply &reply)

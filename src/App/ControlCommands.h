@@ -47,6 +47,7 @@ private:
                      const Reply &reply);
     void modelAction(void (PlayerModel::*action)(double), const QJsonArray &arguments,
                      const Reply &reply);
+    void setVolume(const QJsonArray &arguments, const Reply &reply);
     void localEntries(const QJsonArray &arguments, const Reply &reply);
     void saveToLocalM3U(const QJsonArray &arguments, const Reply &reply);
     void importLocalM3U(const QJsonArray &arguments, const Reply &reply);

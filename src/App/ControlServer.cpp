@@ -30,13 +30,12 @@ ControlServer::ControlServer(ControlCommands &commands, AppNotifier &notifier, Q
 ControlServer::~ControlServer()
 {
     // Replies written just before the application quits still reach their clients.
-    for (Client *client : std::as_const(m_clients)) {
+    for (const std::shared_ptr<Client> &client : std::as_const(m_clients)) {
         if (client->socket) {
             client->socket->disconnect(this);
             if (client->socket->bytesToWrite() > 0)
                 client->socket->waitForBytesWritten(1000);
         }
-        delete client;
     }
 }
 
@@ -51,31 +50,49 @@ std::optional<QString> ControlServer::listen(const QString &path)
 void ControlServer::accept()
 {
     while (QLocalSocket *socket = m_server.nextPendingConnection()) {
-        auto *client = new Client{socket, {}, false, {}};
+        auto client = std::make_shared<Client>();
+        client->socket = socket;
         m_clients.append(client);
-        connect(socket, &QLocalSocket::readyRead, this, [this, client] { readLines(*client); });
-        connect(socket, &QLocalSocket::disconnected, this, [this, client] {
-            m_clients.removeOne(client);
-            client->socket->deleteLater();
-            delete client;
-        });
+        connect(socket, &QLocalSocket::readyRead, this,
+                [this, weak = std::weak_ptr<Client>(client)] {
+                    // Held for the whole handling, even if the client leaves meanwhile.
+                    if (const std::shared_ptr<Client> held = weak.lock())
+                        readLines(*held);
+                });
+        connect(socket, &QLocalSocket::disconnected, this, [this, socket] { forget(socket); });
     }
+}
+
+void ControlServer::forget(QLocalSocket *socket)
+{
+    m_clients.removeIf(
+        [socket](const std::shared_ptr<Client> &client) { return client->socket == socket; });
+    // Later, never inside the signal: the socket may be in the middle of a write or a read.
+    socket->deleteLater();
 }
 
 void ControlServer::readLines(Client &client)
 {
+    if (!client.socket)
+        return;
     client.pending.append(client.socket->readAll());
+    // Each byte is searched for a line break once, however the line arrives.
     qsizetype start = 0;
-    for (qsizetype end; (end = client.pending.indexOf('\n', start)) >= 0; start = end + 1) {
-        const QByteArray line = client.pending.sliced(start, end - start);
+    for (qsizetype end; (end = client.pending.indexOf('\n', std::max(start, client.scanned))) >= 0;
+         start = end + 1) {
+        const qsizetype length = end - start;
         if (client.discardingLongLine)
             client.discardingLongLine = false; // the end of the dropped line
+        else if (length > maximumLineLength)
+            sendReply(client.socket, 0, u"line too long"_s, {});
         else
-            handleLine(client, line);
+            handleLine(client, client.pending.sliced(start, length));
     }
     client.pending.remove(0, start);
+    client.scanned = client.pending.size();
     if (client.pending.size() > maximumLineLength) {
         client.pending.clear();
+        client.scanned = 0;
         if (!client.discardingLongLine)
             sendReply(client.socket, 0, u"line too long"_s, {});
         client.discardingLongLine = true;
@@ -133,7 +150,9 @@ bool ControlServer::handleEventChoice(Client &client, const QJsonArray &command,
 
 void ControlServer::sendEvent(const QString &name)
 {
-    for (Client *client : std::as_const(m_clients)) {
+    // A copy: a client may leave while its event is written.
+    const QList<std::shared_ptr<Client>> clients = m_clients;
+    for (const std::shared_ptr<Client> &client : clients) {
         if (client->events.contains(name))
             send(client->socket, QJsonObject{{u"event"_s, name}});
     }

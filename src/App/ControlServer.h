@@ -9,6 +9,8 @@
 #include <QSet>
 #include <QString>
 
+#include <memory>
+
 class AppNotifier;
 class ControlCommands;
 class QLocalSocket;
@@ -35,15 +37,19 @@ public:
     std::optional<QString> listen(const QString &path);
 
 private:
+    // A connected client. Shared, so that one whose socket closes while its lines are handled
+    // (a reply's flush can tell of the close at once) lives until that handling has ended.
     struct Client
     {
         QPointer<QLocalSocket> socket;
         QByteArray pending;
+        qsizetype scanned = 0; // pending holds no line break before this
         bool discardingLongLine = false;
         QSet<QString> events;
     };
 
     void accept();
+    void forget(QLocalSocket *socket);
     void readLines(Client &client);
     void handleLine(Client &client, const QByteArray &line);
     bool handleEventChoice(Client &client, const QJsonArray &command, const QJsonValue &requestID);
@@ -54,5 +60,5 @@ private:
 
     ControlCommands &m_commands;
     QLocalServer m_server;
-    QList<Client *> m_clients;
+    QList<std::shared_ptr<Client>> m_clients;
 };

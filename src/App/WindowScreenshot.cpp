@@ -6,6 +6,8 @@
 #include "UI/PlayerArea.h"
 
 #include <QCoreApplication>
+#include <QFileInfo>
+#include <QImageWriter>
 #include <QPixmap>
 #include <QWidget>
 
@@ -53,17 +55,23 @@ void WindowScreenshot::contentShown()
     m_deadline.start(paintAllowance);
 }
 
-bool WindowScreenshot::save(QWidget &window, const QString &path)
+std::optional<QString> WindowScreenshot::save(QWidget &window, const QString &path)
 {
-    return window.grab().save(path, "PNG");
+    const QByteArray format = QFileInfo(path).suffix().toLower().toLatin1();
+    if (format.isEmpty() || !QImageWriter::supportedImageFormats().contains(format))
+        return QStringLiteral("no picture format is named by the file name's ending: ") + path;
+    QImageWriter writer(path, format);
+    if (!writer.write(window.grab().toImage()))
+        return writer.errorString();
+    return std::nullopt;
 }
 
 void WindowScreenshot::take()
 {
     m_taking = true;
-    if (!save(m_session.window(), m_path)) {
-        std::fprintf(stderr, "velmplayerpro: cannot write the screenshot to %s\n",
-                     qPrintable(m_path));
+    if (const std::optional<QString> failure = save(m_session.window(), m_path)) {
+        std::fprintf(stderr, "velmplayerpro: cannot write the screenshot to %s: %s\n",
+                     qPrintable(m_path), qPrintable(*failure));
         QCoreApplication::exit(1);
         return;
     }

@@ -11,8 +11,8 @@ class AppSession;
 class QWidget;
 
 // --screenshot: once the window shows what was opened (the first video frame, a loaded channel
-// list or an error), or after a fixed wait, saves a PNG of the window and quits. Waiting for the
-// first frame gives up after 5 s and takes the picture as it is.
+// list or an error), or after a fixed wait, saves a picture of the window and quits. Waiting for
+// the first frame gives up after 5 s and takes the picture as it is.
 class WindowScreenshot : public QObject
 {
     Q_OBJECT
@@ -24,8 +24,9 @@ public:
     WindowScreenshot(AppSession &session, const QString &path, std::optional<double> after,
                      bool opensSomething, QObject *parent = nullptr);
 
-    // A PNG of the window as shown; false when it cannot be written.
-    static bool save(QWidget &window, const QString &path);
+    // Saves a picture of the window in the format its file name ends with (".png", ".jpg", …).
+    // Returns the reason when it cannot: an ending that names no picture format, or the write.
+    static std::optional<QString> save(QWidget &window, const QString &path);
 
 private:
     void contentShown();

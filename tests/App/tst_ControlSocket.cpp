@@ -86,6 +86,8 @@ private Q_SLOTS:
     void initTestCase();
     void cleanupTestCase();
     void answersBadRequestsAndGoesOn();
+    void survivesClientsThatLeaveEarly_data();
+    void survivesClientsThatLeaveEarly();
     void repliesWhenTheCommandIsDone();
     void quitsAndKeepsTheSavedLinks();
 
@@ -153,12 +155,52 @@ void tst_ControlSocket::answersBadRequestsAndGoesOn()
     QCOMPARE(error(m_client.request({u"play"_s, u"relative/file.mp4"_s})).left(30),
              u"not an absolute path or addres"_s);
     QCOMPARE(error(m_client.sendLine(QByteArray(2 << 20, 'x'))), u"line too long"_s);
+    // A line past the limit is refused also when it arrives in one piece with its line break.
+    const QByteArray longRequest =
+        "{\"command\":[\"stop\"],\"x\":\"" + QByteArray(3 << 20, 'x') + "\"}";
+    QCOMPARE(error(m_client.sendLine(longRequest)), u"line too long"_s);
+    QCOMPARE(error(m_client.request({u"key"_s, u"NoSuchKey"_s})), u"invalid parameter"_s);
+    QCOMPARE(error(m_client.request({u"export_local_m3u"_s, u"relative.m3u"_s})),
+             u"not an absolute path: relative.m3u"_s);
+    QVERIFY(error(m_client.request({u"screenshot"_s, m_home.filePath(u"window.xyz"_s)}))
+                .startsWith(u"cannot write"_s));
+    QVERIFY(!QFile::exists(m_home.filePath(u"window.xyz"_s)));
 
     // The connection and the player are still there, and a second client is served too.
     QCOMPARE(m_client.data({u"get_property"_s, u"volume"_s}), QJsonValue(1.0));
     ControlClient second;
     QVERIFY(second.connectTo(m_socketPath));
     QCOMPARE(second.data({u"get_property"_s, u"isLoading"_s}), QJsonValue(false));
+}
+
+void tst_ControlSocket::survivesClientsThatLeaveEarly_data()
+{
+    QTest::addColumn<QByteArray>("sent");
+    QTest::newRow("one request") << QByteArray("{\"command\":[\"get_property\",\"volume\"]}\n");
+    QTest::newRow("a bad line") << QByteArray("{\"command\": [\n");
+    QTest::newRow("events asked for")
+        << QByteArray("{\"command\":[\"enable_event\",\"all\"]}\n").repeated(50);
+    QTest::newRow("a thousand requests")
+        << QByteArray("{\"command\":[\"get_property\",\"title\"]}\n").repeated(1000);
+    QByteArray noise(10 << 20, Qt::Uninitialized);
+    for (qsizetype i = 0; i < noise.size(); ++i)
+        noise[i] = char((i * 7919 + i / 13) & 0xFF);
+    QTest::newRow("10 MB of noise") << noise;
+}
+
+void tst_ControlSocket::survivesClientsThatLeaveEarly()
+{
+    QFETCH(QByteArray, sent);
+    for (int round = 0; round < 3; ++round) {
+        QLocalSocket rude;
+        rude.connectToServer(m_socketPath);
+        QVERIFY(rude.waitForConnected(5000));
+        rude.write(sent);
+        rude.waitForBytesWritten(5000);
+        rude.abort(); // gone without reading a single answer
+    }
+    QCOMPARE(m_client.data({u"get_property"_s, u"isLoading"_s}), QJsonValue(false));
+    QCOMPARE(m_app.state(), QProcess::Running);
 }
 
 void tst_ControlSocket::repliesWhenTheCommandIsDone()
@@ -184,6 +226,8 @@ void tst_ControlSocket::repliesWhenTheCommandIsDone()
     QCOMPARE(set(u"title"_s, u"x"_s), u"property not found or read-only: title"_s);
 
     // Keys go through the application's own keyboard monitor.
+    QCOMPARE(error(m_client.request({u"setVolume"_s, 0.333333})), u"success"_s);
+    QCOMPARE(m_client.data({u"get_property"_s, u"volume"_s}), QJsonValue(0.33));
     QCOMPARE(error(m_client.request({u"setVolume"_s, 0.5})), u"success"_s);
     QCOMPARE(error(m_client.request({u"key"_s, u"Up"_s, u"Shift"_s, u"Command"_s})), u"success"_s);
     QCOMPARE(m_client.data({u"get_property"_s, u"volume"_s}), QJsonValue(0.51));
@@ -191,9 +235,22 @@ void tst_ControlSocket::repliesWhenTheCommandIsDone()
 
     QCOMPARE(error(m_client.request({u"save_to_local_m3u"_s, 1})), u"success"_s);
     QCOMPARE(m_client.data({u"local_entries"_s}).toArray().at(0)[u"name"_s], u"Sport 1"_s);
+    // A file that takes no writing says why, not only what became of a temporary file beside it.
+    const QString refused = error(m_client.request({u"export_local_m3u"_s, u"/proc/version"_s}));
+    QVERIFY2(refused == u"Could Not Export M3U Playlist: Permission denied"_s ||
+                 refused.endsWith(u"(no new file can be made in /proc)"_s),
+             qPrintable(refused));
 
-    const QString picture = m_home.filePath(u"window.png"_s);
+    // A playlist that fails answers with the failure.
+    QCOMPARE(error(m_client.request({u"openRemote"_s, m_server.url(u"/tv/missing.m3u"_s)})),
+             u"Could not open playlist: The server responded with status 404 (Not Found)."_s);
+
+    // Written in the format the file name asks for.
+    const QString picture = m_home.filePath(u"window.jpg"_s);
     QCOMPARE(error(m_client.request({u"screenshot"_s, picture})), u"success"_s);
+    QFile written(picture);
+    QVERIFY(written.open(QIODevice::ReadOnly));
+    QVERIFY(written.read(3) == "\xFF\xD8\xFF"); // JPEG
     const QImage image(picture);
     QCOMPARE(image.size(), QSize(m_client.data({u"get_property"_s, u"width"_s}).toInt(),
                                  m_client.data({u"get_property"_s, u"height"_s}).toInt()) *
