@@ -9,6 +9,23 @@
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+// A list from the network may name logos on the network only. Anything else would let a web page
+// make the player read the user's files, or a device that never ends ("file:///dev/zero").
+void keepWebLogosOnly(QList<PlaylistEntry> &entries)
+{
+    for (PlaylistEntry &entry : entries) {
+        if (!entry.logoURL)
+            continue;
+        const QString scheme = entry.logoURL->scheme().toLower();
+        if (scheme != u"http" && scheme != u"https")
+            entry.logoURL.reset();
+    }
+}
+
+} // namespace
+
 QString PlaylistReader::tooLargeDescription()
 {
     return u"The playlist is larger than %1 MiB."_s.arg(maximumBytes / (1024 * 1024));
@@ -22,6 +39,8 @@ PlaylistReadResult PlaylistReader::read(QByteArrayView bytes, const WebAddress &
     QList<PlaylistEntry> entries = PlaylistParser::parse(*text, base);
     if (entries.isEmpty())
         return PlaylistReadResult::failed(localizedDescription(PlaylistError::empty));
+    if (!base.isLocalFile())
+        keepWebLogosOnly(entries);
     return {std::move(entries), {}};
 }
 

@@ -20,7 +20,8 @@ public:
     static constexpr qint64 maximumBytes = 64 * 1024 * 1024;
     static QString tooLargeDescription();
 
-    // UTF-8, else ISO Latin-1; relative address lines resolve against base.
+    // UTF-8, else Windows-1252; relative address lines resolve against base. A list whose base is
+    // not a local file keeps only http and https logos.
     static PlaylistReadResult read(QByteArrayView bytes, const WebAddress &base);
     // Reads the whole file at path (at most maximumBytes) and then read() against its address.
     static PlaylistReadResult readFile(const QString &path);

@@ -6,6 +6,7 @@
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QImageReader>
 #include <QNetworkReply>
 #include <QNetworkRequest>
@@ -65,12 +66,19 @@ void storeInCache(const QString &address, const QImage &image)
         file.commit();
 }
 
+// Regular files only: a device or a pipe named as a logo could give bytes without end or none
+// ever. The cap holds while reading, whatever size the file claims.
 std::optional<QImage> readFile(const QString &path)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly) || file.size() > maxLogoBytes)
+    if (!QFileInfo(path).isFile())
         return std::nullopt;
-    return decoded(file.readAll());
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    const QByteArray bytes = file.read(maxLogoBytes + 1);
+    if (bytes.size() > maxLogoBytes)
+        return std::nullopt;
+    return decoded(bytes);
 }
 
 // On a worker: the cached copy, else a local file decoded and cached. Nothing means "fetch it".
@@ -154,6 +162,12 @@ void ChannelLogoLoader::fetch(const QString &address)
 {
     ++m_networkFetches;
     QNetworkReply *reply = m_network.get(QNetworkRequest(QUrl(address)));
+    // A body past the cap is not a logo: the transfer ends as soon as it passes it, before the
+    // whole of it is held in memory.
+    connect(reply, &QNetworkReply::downloadProgress, reply, [reply](qint64 received, qint64 total) {
+        if (received > maxLogoBytes || total > maxLogoBytes)
+            reply->abort();
+    });
     connect(reply, &QNetworkReply::finished, this, [this, reply, address] {
         reply->deleteLater();
         const bool ok = reply->error() == QNetworkReply::NoError;

@@ -41,7 +41,7 @@ const QList<PlaylistEntry> &sample()
     return entries;
 }
 
-QList<PlaylistEntry> readShared(const QString &path)
+QList<PlaylistEntry> readList(const QString &path)
 {
     return PlaylistReader::readFile(testData(path)).entries;
 }
@@ -61,6 +61,7 @@ private Q_SLOTS:
     void indexAgreesWithTheRuleOnRealLists_data();
     void indexAgreesWithTheRuleOnRealLists();
     void longListsFilterOffTheMainThread();
+    void findsLegacyPunctuation();
 };
 
 void tst_ChannelFilter::filters_data()
@@ -159,7 +160,7 @@ void tst_ChannelFilter::indexAgreesWithTheRuleOnRealLists_data()
 void tst_ChannelFilter::indexAgreesWithTheRuleOnRealLists()
 {
     QFETCH(QString, path);
-    const QList<PlaylistEntry> entries = readShared(path);
+    const QList<PlaylistEntry> entries = readList(path);
     QVERIFY(entries.size() > 500);
     const ChannelSearchIndex index(entries);
     QCOMPARE(index.countryCodes(), ChannelFilter::countryCodes(entries));
@@ -186,7 +187,7 @@ void tst_ChannelFilter::indexAgreesWithTheRuleOnRealLists()
 
 void tst_ChannelFilter::longListsFilterOffTheMainThread()
 {
-    const QList<PlaylistEntry> real = readShared(u"m3u/iptv-org-2021-channels/us.m3u"_s);
+    const QList<PlaylistEntry> real = readList(u"m3u/iptv-org-2021-channels/us.m3u"_s);
     QList<PlaylistEntry> entries;
     while (entries.size() <= ChannelListModel::synchronousLimit * 2)
         entries.append(real);
@@ -210,6 +211,14 @@ void tst_ChannelFilter::longListsFilterOffTheMainThread()
     model.clearFilters();
     QVERIFY(settled.wait(20000));
     QCOMPARE(model.filteredCount(), entries.size());
+}
+
+void tst_ChannelFilter::findsLegacyPunctuation()
+{
+    // An en dash of a Windows-1252 list is one, not a control character, so it can be searched.
+    const QList<PlaylistEntry> legacy = readList(u"m3u/made/german-cp1252-mixed-breaks.m3u"_s);
+    QCOMPARE(names(ChannelFilter::filtered(legacy, {u"Nachrichten \u2013 "_s, {}, {}})),
+             QStringList{u"Nachrichten \u2013 Live"_s});
 }
 
 QTEST_GUILESS_MAIN(tst_ChannelFilter)

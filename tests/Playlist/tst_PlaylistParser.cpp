@@ -1,4 +1,5 @@
 #include "Playlist/PlaylistParser.h"
+#include "Playlist/PlaylistReader.h"
 #include "Playlist/PlaylistTextDecoder.h"
 
 #include "TestData.h"
@@ -61,6 +62,7 @@ private Q_SLOTS:
     void readsEveryListOfTheCorpus();
     void readsPlaylistsFromTheWild_data();
     void readsPlaylistsFromTheWild();
+    void listsFromTheNetworkNameWebLogosOnly();
     void survivesHostileInput_data();
     void survivesHostileInput();
 };
@@ -171,9 +173,12 @@ void tst_PlaylistParser::readsEveryListOfTheCorpus()
     const qsizetype own = files.size();
     if (const std::optional<QDir> corpus = sharedCorpus())
         collect(*corpus);
-    qInfo("%lld lists of the repository and %lld of %s", qlonglong(own),
-          qlonglong(files.size() - own),
-          sharedCorpus() ? VELM_SHARED_TESTDATA : "no shared corpus (not beside the checkout)");
+    if (sharedCorpus())
+        qInfo("%lld lists of the repository and %lld of the corpus at %s", qlonglong(own),
+              qlonglong(files.size() - own), VELM_SHARED_TESTDATA);
+    else
+        qInfo("%lld lists of the repository; no corpus at %s", qlonglong(own),
+              VELM_SHARED_TESTDATA);
     QVERIFY(own >= 10);
 
     QSet<QUuid> ids;
@@ -229,15 +234,15 @@ void tst_PlaylistParser::readsPlaylistsFromTheWild_data()
         << u"m3u/iptv-org-history-oddities/us_afrolandtv_non_url_line.m3u"_s << 22
         << u"https://stream.ads.ottera.tv/playlist.m3u8?content_livestream=1&network_id=11083"_s
         << u"playlist.m3u8|-|-|-"_s;
-    QTest::newRow("lone CR, unquoted attributes, Latin-1")
+    QTest::newRow("lone CR, unquoted attributes, Windows-1252")
         << u"m3u/made/german-cp1252-mixed-breaks.m3u"_s << 10
         << u"https://tv.example/koeln/index.m3u8"_s << u"Stadt K\u00f6ln|-|REGIONAL|-"_s;
     QTest::newRow("no comma: the line is the title")
         << u"m3u/made/german-cp1252-mixed-breaks.m3u"_s << 10 << u"https://tv.example/kueche.m3u8"_s
         << u"#EXTINF:-1 tvg-name=M\u00fcllers K\u00fcche group-title=\"KOCHEN\"|-|KOCHEN|-"_s;
-    QTest::newRow("Latin-1 fallback keeps every byte")
+    QTest::newRow("Windows-1252 letters")
         << u"m3u/made/slovak-cp1252.m3u"_s << 4 << u"https://tv.example/sk/kosice/playlist.m3u8"_s
-        << u"Ko\u009aice:dnes|http://logos.example/kosice.png|SLOVENSKO|-"_s;
+        << u"Ko\u0161ice:dnes|http://logos.example/kosice.png|SLOVENSKO|-"_s;
     QTest::newRow("relative playlist addresses")
         << u"m3u/iptv-org-2021-channels/index.m3u"_s << 161
         << QString(
@@ -267,6 +272,22 @@ void tst_PlaylistParser::readsPlaylistsFromTheWild()
     QStringList fields = describe(*entry).split(u'|');
     fields.removeAt(fields.size() - 4); // the url, already matched
     QCOMPARE(fields.join(u'|'), expected);
+}
+
+void tst_PlaylistParser::listsFromTheNetworkNameWebLogosOnly()
+{
+    const QByteArray text = "#EXTINF:-1 tvg-logo=\"file:///dev/zero\",A\nhttp://s/a\n"
+                            "#EXTINF:-1 tvg-logo=\"HTTPS://l/b.png\",B\nhttp://s/b\n"
+                            "#EXTINF:-1 tvg-logo=\"logo.png\",C\nhttp://s/c\n";
+    const auto logos = [&text](const WebAddress &base) {
+        QStringList found;
+        for (const PlaylistEntry &entry : PlaylistReader::read(text, base).entries)
+            found.append(entry.logoURL ? entry.logoURL->text() : u"-"_s);
+        return found;
+    };
+    QCOMPARE(logos(remoteBase()), (QStringList{u"-"_s, u"HTTPS://l/b.png"_s, u"-"_s}));
+    QCOMPARE(logos(WebAddress::fromLocalFile(u"/srv/lists/list.m3u"_s)),
+             (QStringList{u"file:///dev/zero"_s, u"HTTPS://l/b.png"_s, u"logo.png"_s}));
 }
 
 void tst_PlaylistParser::survivesHostileInput_data()

@@ -51,6 +51,8 @@
 #include <QToolButton>
 #include <QWindow>
 
+#include <sys/stat.h>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -132,6 +134,7 @@ private Q_SLOTS:
     void publishedPlaylistGoesToThePanelShown();
     void pastedAddressListsChannelsThatFiltersNarrow();
     void channelRowsPlaySaveAndShowLogos();
+    void logosReadOnlyWhatTheyMay();
     void linkEditorRefusesThenSavesAndEdits();
     void deletingAsksFirst();
     void importAndExportGoThroughTheirDialogs();
@@ -405,6 +408,27 @@ void tst_ContentView::channelRowsPlaySaveAndShowLogos()
     QTRY_VERIFY(!nextLaunch.logo(*tagesschau.logoURL).isNull());
     QCOMPARE(nextLaunch.networkFetches(), 0);
     QCOMPARE(m_server.requestCount("/logo.png"), fetched);
+}
+
+void tst_ContentView::logosReadOnlyWhatTheyMay()
+{
+    // A device without end, a pipe nobody writes to and a body without end all fail, soon and
+    // without growing: none is a logo.
+    QTemporaryDir folder;
+    const QString pipe = folder.filePath(u"logo.png"_s);
+    QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    TestHttpReply endless;
+    endless.endlessLength = qint64(4) << 30;
+    endless.announceLength = false;
+    m_server.route("/endless.png", endless);
+    const QList<WebAddress> refused{WebAddress::fromLocalFile(u"/dev/zero"_s),
+                                    WebAddress::fromLocalFile(pipe),
+                                    *WebAddress::fromText(m_server.url(u"/endless.png"_s))};
+    ChannelLogoLoader loader;
+    for (const WebAddress &each : refused)
+        loader.logo(each);
+    for (const WebAddress &each : refused)
+        QTRY_VERIFY2_WITH_TIMEOUT(loader.hasFailed(each), qPrintable(each.text()), 20000);
 }
 
 void tst_ContentView::linkEditorRefusesThenSavesAndEdits()

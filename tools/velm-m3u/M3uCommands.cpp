@@ -36,7 +36,7 @@ const char *const generalHelp =
 
 const char *const parseHelp =
     "Usage: velm-m3u parse PATH [--base URL]\n"
-    "Decodes the playlist (UTF-8, else ISO Latin-1), resolves relative addresses against the\n"
+    "Decodes the playlist (UTF-8, else Windows-1252), resolves relative addresses against the\n"
     "file's own address or against --base, and prints the channels as one JSON array of objects\n"
     "with id, name, url and, when present, logoURL, groupTitle and countryCode.\n"
     "PATH '-' reads standard input; --base is then required.\n"
