@@ -9,9 +9,17 @@ void JsonText::appendString(QByteArray &out, QStringView text)
         if (end > plainStart)
             out.append(text.sliced(plainStart, end - plainStart).toUtf8());
     };
+    const auto isPaired = [&text](qsizetype i) {
+        const QChar c = text[i];
+        return c.isHighSurrogate() ? i + 1 < text.size() && text[i + 1].isLowSurrogate()
+                                   : i > 0 && text[i - 1].isHighSurrogate();
+    };
     for (qsizetype i = 0; i < text.size(); ++i) {
         const char16_t c = text[i].unicode();
-        if (c >= 0x20 && c != u'"' && c != u'\\' && c != u'/')
+        // A surrogate without its other half has no UTF-8 form: it is written as an escape, so
+        // that it reads back as it was instead of as "?".
+        const bool loneSurrogate = QChar::isSurrogate(c) && !isPaired(i);
+        if (c >= 0x20 && c != u'"' && c != u'\\' && c != u'/' && !loneSurrogate)
             continue;
         flushPlain(i);
         plainStart = i + 1;
@@ -41,9 +49,9 @@ void JsonText::appendString(QByteArray &out, QStringView text)
             out.append("\\t");
             break;
         default:
-            out.append("\\u00");
-            out.append(hexDigits[c >> 4]);
-            out.append(hexDigits[c & 0xF]);
+            out.append("\\u");
+            for (const int shift : {12, 8, 4, 0})
+                out.append(hexDigits[(c >> shift) & 0xF]);
         }
     }
     flushPlain(text.size());

@@ -279,6 +279,10 @@ QByteArray recompose(const Components &parts)
         text += parts.scheme->toByteArray() + ':';
     if (parts.authority)
         text += "//" + parts.authority->toByteArray();
+    else if (parts.path.startsWith("//"))
+        // Without an authority, a path that starts with "//" would read back as one (a playlist at
+        // "http:/.//evil.example/" must not send its lines to that host): "/." keeps it a path.
+        text += "/.";
     text += parts.path.toByteArray();
     if (parts.query)
         text += '?' + parts.query->toByteArray();

@@ -108,8 +108,14 @@ std::optional<PlaylistEntry> PlaylistJson::decodeEntry(const QJsonObject &object
 
 std::optional<QList<PlaylistEntry>> PlaylistJson::decodeList(const QByteArray &json)
 {
+    // Qt's reader drops a byte-order mark that opens a string, so a name that begins with U+FEFF
+    // would lose it; given as an escape it stays. In JSON text these bytes occur inside strings
+    // only, where the escape means the same character.
+    static const QByteArray byteOrderMark = "\xEF\xBB\xBF";
     QJsonParseError error;
-    const QJsonDocument document = QJsonDocument::fromJson(json, &error);
+    const QJsonDocument document = QJsonDocument::fromJson(
+        json.contains(byteOrderMark) ? QByteArray(json).replace(byteOrderMark, "\\ufeff") : json,
+        &error);
     if (error.error != QJsonParseError::NoError || !document.isArray())
         return std::nullopt;
     QList<PlaylistEntry> entries;

@@ -64,6 +64,10 @@ PlayerHostingView::PlayerHostingView(AppNotifier &notifier, QWidget *parent)
 
 PlayerHostingView::~PlayerHostingView()
 {
+    // The base class destroys the OpenGL context after this destructor has run: its
+    // aboutToBeDestroyed must no longer reach this object, whose part is gone by then.
+    if (QOpenGLContext *gl = context())
+        disconnect(gl, nullptr, this, nullptr);
     freeRenderContext();
 }
 

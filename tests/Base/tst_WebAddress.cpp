@@ -157,6 +157,11 @@ void tst_WebAddress::resolvesPlaylistLinesAgainstFiles_data()
     QTest::newRow("host without path") << u"http://h"_s << u"seg.ts"_s << u"http://h/seg.ts"_s;
     QTest::newRow("keeps base query for fragment")
         << u"http://h/p/list.m3u?token=1"_s << u"#x"_s << u"http://h/p/list.m3u?token=1#x"_s;
+    QTest::newRow("a path never becomes a host")
+        << u"http:/.//evil.example/list.m3u"_s << u"chan.ts"_s
+        << u"http:/.//evil.example/chan.ts"_s;
+    QTest::newRow("nor through dot segments")
+        << u"http:/a/b"_s << u"..//evil.example/x"_s << u"http:/.//evil.example/x"_s;
 }
 
 void tst_WebAddress::resolvesPlaylistLinesAgainstFiles()
@@ -168,6 +173,12 @@ void tst_WebAddress::resolvesPlaylistLinesAgainstFiles()
         WebAddress::fromText(line, *WebAddress::fromText(base));
     QVERIFY(resolved);
     QCOMPARE(resolved->text(), expected);
+    // What comes out reads back as the same address, and a line without a host of its own keeps
+    // the list's host (or none).
+    const std::optional<WebAddress> again = WebAddress::fromText(resolved->text());
+    QCOMPARE(again, resolved);
+    if (!line.contains(u"://"))
+        QCOMPARE(again->host(), WebAddress::fromText(base)->host());
 }
 
 void tst_WebAddress::splitsComponents_data()
