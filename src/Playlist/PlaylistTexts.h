@@ -8,6 +8,8 @@ namespace PlaylistTexts {
 inline constexpr QStringView savedEntriesKey = u"VelmPlayerPro.LocalM3U.SavedEntries";
 // Followed by the channel's name as the user sees it in the row.
 inline constexpr QStringView savedToLocalM3U = u"Saved to Local M3U: ";
+// Why a file or download gave no channels when it is no text at all (a video, an archive, noise).
+inline constexpr QStringView notAPlaylist = u"This file is not an M3U playlist.";
 
 inline constexpr QStringView exportDialogTitle = u"Export Local M3U Playlist";
 inline constexpr QStringView exportDialogButton = u"Export";

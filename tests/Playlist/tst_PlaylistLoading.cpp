@@ -1,6 +1,7 @@
 #include "Player/PlayerModel.h"
 #include "Player/PlayerTexts.h"
 #include "Playlist/PlaylistReader.h"
+#include "Playlist/PlaylistTexts.h"
 
 #include "TestHttpServer.h"
 #include "TestPlayer.h"
@@ -242,6 +243,20 @@ void tst_PlaylistLoading::failedImportsEmptyTheList_data()
     QTest::newRow("a folder") << QString() << QByteArray() << qint64(0) << QString();
     QTest::newRow("too large") << u"huge.m3u"_s << twoChannels << PlaylistReader::maximumBytes + 1
                                << PlaylistReader::tooLargeDescription();
+    // Not text at all: a video with addresses in its metadata, an archive, noise.
+    const QString notAPlaylist = PlaylistTexts::notAPlaylist.toString();
+    QTest::newRow("a video") << u"clip.m3u"_s
+                             << (QByteArray("\0\0\0\x20"
+                                            "ftypisom\0\0\x02\0",
+                                            16) +
+                                 twoChannels)
+                             << qint64(0) << notAPlaylist;
+    QTest::newRow("an archive") << u"list.m3u"_s << (QByteArray("PK\x03\x04") + twoChannels)
+                                << qint64(0) << notAPlaylist;
+    QByteArray noise(64 * 1024, Qt::Uninitialized);
+    for (qsizetype i = 0; i < noise.size(); ++i)
+        noise[i] = char(((i * 2654435761u) >> 13) | 1); // no NUL: only its controls give it away
+    QTest::newRow("noise") << u"noise.m3u"_s << (twoChannels + noise) << qint64(0) << notAPlaylist;
 }
 
 void tst_PlaylistLoading::failedImportsEmptyTheList()

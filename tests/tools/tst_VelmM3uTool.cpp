@@ -100,6 +100,9 @@ void tst_VelmM3uTool::reportsUnusableInput_data()
         << QStringList{u"parse"_s, u"-"_s} << QByteArray("x") << 2 << QByteArray("needs --base");
     QTest::newRow("relative base") << QStringList{u"parse"_s, u"-"_s, u"--base"_s, u"a/b"_s}
                                    << QByteArray("x") << 2 << QByteArray("no absolute address");
+    QTest::newRow("not text") << QStringList{u"parse"_s, u"-"_s, u"--base"_s, u"http://h/"_s}
+                              << QByteArray("\x1F\x8B\x08\x00http://h/a.ts\n", 17) << 2
+                              << QByteArray("This file is not an M3U playlist.");
     QTest::newRow("unknown command") << QStringList{u"frobnicate"_s} << QByteArray() << 2
                                      << QByteArray("unknown command: frobnicate");
 }

@@ -5,8 +5,7 @@
 #include "Player/RemoteAddress.h"
 #include "Playlist/PlaylistError.h"
 #include "Playlist/PlaylistJson.h"
-#include "Playlist/PlaylistParser.h"
-#include "Playlist/PlaylistTextDecoder.h"
+#include "Playlist/PlaylistReader.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -90,15 +89,16 @@ Playlist readPlaylist(const QString &path, const WebAddress &base)
         return {
             {},
             fail(exitBadInput, QStringLiteral("cannot read %1: %2").arg(path, file.errorString()))};
-    const std::optional<QString> text = PlaylistTextDecoder::decode(bytes);
-    if (!text)
-        return {{}, fail(exitBadInput, localizedDescription(PlaylistError::invalidEncoding))};
-    const WebAddress resolvedBase =
-        base.isNull() ? WebAddress::fromLocalFile(QFileInfo(path).absoluteFilePath()) : base;
-    QList<PlaylistEntry> entries = PlaylistParser::parse(*text, resolvedBase);
-    if (entries.isEmpty())
-        return {{}, fail(exitNoEntries, localizedDescription(PlaylistError::empty))};
-    return {std::move(entries), 0};
+    // The player's own reading: the same text rules, refusals and logos as in the application.
+    PlaylistReadResult result = PlaylistReader::read(
+        bytes,
+        base.isNull() ? WebAddress::fromLocalFile(QFileInfo(path).absoluteFilePath()) : base);
+    if (!result.succeeded())
+        return {{},
+                fail(result.failure == localizedDescription(PlaylistError::empty) ? exitNoEntries
+                                                                                  : exitBadInput,
+                     result.failure)};
+    return {std::move(result.entries), 0};
 }
 
 QByteArray jsonOrNull(const std::optional<QString> &text)
