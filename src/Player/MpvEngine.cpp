@@ -243,7 +243,7 @@ void MpvEngine::startPendingLoad()
     ++m_loadGeneration;
     if (!MediaSchemes::isPlayableTarget(pending)) {
         command({"stop"});
-        fail(MPV_ERROR_LOADING_FAILED);
+        fail(MPV_ERROR_UNSUPPORTED);
         Q_EMIT playbackStateChanged();
         return;
     }
@@ -489,7 +489,22 @@ void MpvEngine::handleLoadReply(int error, const mpv_node &result)
 void MpvEngine::fail(int error)
 {
     m_failed = true;
-    Q_EMIT loadFailed(QString::fromUtf8(mpv_error_string(error)));
+    switch (error) {
+    case MPV_ERROR_UNKNOWN_FORMAT:
+        Q_EMIT loadFailed(PlaybackFailure::unknownFormat);
+        return;
+    case MPV_ERROR_NOTHING_TO_PLAY:
+        Q_EMIT loadFailed(PlaybackFailure::nothingToPlay);
+        return;
+    case MPV_ERROR_UNSUPPORTED:
+        Q_EMIT loadFailed(PlaybackFailure::unsupported);
+        return;
+    case MPV_ERROR_LOADING_FAILED:
+        Q_EMIT loadFailed(PlaybackFailure::cannotOpen);
+        return;
+    default:
+        Q_EMIT loadFailed(PlaybackFailure::other);
+    }
 }
 
 void MpvEngine::handleEndFile(qint64 entryID, int reason, int error)

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "Player/PlaybackFailure.h"
 #include <QObject>
+
 #include <QSize>
 #include <QString>
 
@@ -86,8 +88,8 @@ Q_SIGNALS:
     void seekFinished();
     // The first frame after a load or a seek is decoded and playback runs from it.
     void framesReady();
-    // The current media could not be opened or played; description is mpv's reason.
-    void loadFailed(const QString &description);
+    // The current media could not be opened or played.
+    void loadFailed(PlaybackFailure failure);
     // Emitted before the handle goes away: free render contexts now.
     void aboutToShutDown();
 

@@ -57,12 +57,20 @@ PlayerModel::PlayerModel(YouTubePlayerRegistry &youtubePlayers,
         assign(m_toastMessage, std::optional<QString>(), &PlayerModel::toastMessageChanged);
     });
 
+    m_streamDataTimer.setSingleShot(true);
+    m_streamDataTimer.setTimerType(Qt::PreciseTimer);
+    m_streamDataTimer.setInterval(PlayerTiming::streamDataTimeout);
+    connect(&m_streamDataTimer, &QTimer::timeout, this,
+            [this] { reportPlaybackFailure(PlaybackFailure::noData); });
+
     // A change of play state is a time discontinuity as well: sample at once, so the clock and
     // the play button do not lag a quarter second behind a pause, a stall or the end.
     connect(&m_engine, &MpvEngine::playbackStateChanged, this, [this] {
         refreshBufferingState();
+        refreshStreamDataWatch();
         timeTick();
     });
+    connect(&m_engine, &MpvEngine::loadFailed, this, &PlayerModel::reportPlaybackFailure);
     connect(&m_engine, &MpvEngine::seekFinished, this, &PlayerModel::timeTick);
 
     m_engine.setVolume(m_volume * 100);
@@ -129,6 +137,7 @@ void PlayerModel::play(const WebAddress &url, const std::optional<QString> &disp
     assign(m_youtubeContent, std::optional<YouTubeContent>(), &PlayerModel::youtubeContentChanged);
     assign(m_okVideoContent, std::optional<OKVideoContent>(), &PlayerModel::okVideoContentChanged);
     assign(m_errorMessage, std::optional<QString>(), &PlayerModel::errorMessageChanged);
+    clearPlaybackFailure();
 
     QString title;
     if (displayName)
@@ -172,6 +181,8 @@ void PlayerModel::stop()
     assign(m_okVideoContent, std::optional<OKVideoContent>(), &PlayerModel::okVideoContentChanged);
     assign(m_isLiveStream, false, &PlayerModel::isLiveStreamChanged);
     hideBufferingIndicator();
+    m_streamDataTimer.stop();
+    clearPlaybackFailure();
 }
 
 void PlayerModel::togglePlayback()
@@ -273,6 +284,34 @@ void PlayerModel::refreshBufferingState()
     showBufferingIndicatorAfterDelay();
 }
 
+void PlayerModel::refreshStreamDataWatch()
+{
+    const bool waitingForNetwork = m_engine.hasMedia() && m_engine.isWaitingToPlay() &&
+                                   m_currentURL && !m_currentURL->isLocalFile();
+    if (!waitingForNetwork) {
+        m_streamDataTimer.stop();
+        return;
+    }
+    if (!m_streamDataTimer.isActive())
+        m_streamDataTimer.start();
+}
+
+void PlayerModel::reportPlaybackFailure(PlaybackFailure failure)
+{
+    if (!m_currentURL)
+        return;
+    m_streamDataTimer.stop();
+    const QString name = m_title.isEmpty() ? m_currentURL->text() : m_title;
+    assign(m_playbackFailure,
+           std::optional(PlaybackFailures::notice(failure, name, m_currentURL->isLocalFile())),
+           &PlayerModel::playbackFailureChanged);
+}
+
+void PlayerModel::clearPlaybackFailure()
+{
+    assign(m_playbackFailure, std::optional<QString>(), &PlayerModel::playbackFailureChanged);
+}
+
 void PlayerModel::showBufferingIndicatorAfterDelay()
 {
     if (m_isBuffering || m_bufferingIndicatorTimer.isActive())
@@ -341,6 +380,8 @@ void PlayerModel::showWebContent(const std::optional<YouTubeContent> &youtube,
     // pending buffering delay is left to find the stream gone.
     m_engine.stop();
     m_timeTickTimer.stop();
+    m_streamDataTimer.stop();
+    clearPlaybackFailure();
     assign(m_youtubeContent, youtube, &PlayerModel::youtubeContentChanged);
     assign(m_okVideoContent, okVideo, &PlayerModel::okVideoContentChanged);
     assign(m_title, title, &PlayerModel::titleChanged);

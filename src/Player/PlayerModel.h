@@ -58,6 +58,8 @@ class PlayerModel : public QObject
                    okVideoContentChanged)
     Q_PROPERTY(std::optional<QString> toastMessage READ toastMessage NOTIFY toastMessageChanged)
     Q_PROPERTY(std::optional<WebAddress> currentURL READ currentURL NOTIFY currentURLChanged)
+    Q_PROPERTY(
+        std::optional<QString> playbackFailure READ playbackFailure NOTIFY playbackFailureChanged)
 
 public:
     using PlaylistImport = QFuture<std::optional<QList<PlaylistEntry>>>;
@@ -72,6 +74,9 @@ public:
 
     const QString &title() const { return m_title; }
     const std::optional<QString> &errorMessage() const { return m_errorMessage; }
+    // Why the media last asked for does not play ("Could not play “NAME”: reason."), shown over
+    // the picture until dismissed or until other media is asked for; nothing while it plays.
+    const std::optional<QString> &playbackFailure() const { return m_playbackFailure; }
     bool isLoading() const { return m_isLoading; }
     const QList<PlaylistEntry> &playlist() const { return m_playlist; }
     bool isPlaying() const { return m_isPlaying; }
@@ -100,6 +105,11 @@ public:
     void setFileChooser(MediaFileChooser *chooser) { m_fileChooser = chooser; }
     // How long a playlist download may go without progress (20 s unless changed).
     void setPlaylistTimeout(std::chrono::milliseconds timeout) { m_playlistTimeout = timeout; }
+    // How long a network stream may wait for data before it has failed (20 s unless changed).
+    void setStreamDataTimeout(std::chrono::milliseconds timeout)
+    {
+        m_streamDataTimer.setInterval(timeout);
+    }
 
     // Starts a file or stream. A present but empty displayName is used as the title as it is;
     // without one the title is the address's decoded last path component.
@@ -114,6 +124,8 @@ public:
     void adjustVolume(double delta);
     void toggleMute();
     void showToast(const QString &message, std::uint64_t durationNanoseconds);
+    // Hides the notice of a failed playback.
+    void dismissPlaybackFailure() { clearPlaybackFailure(); }
     void updateStreamTitle(const QString &name);
 
     // Plays, shows or loads what the typed text names: a YouTube or OK.ru video, an IPTV
@@ -152,6 +164,7 @@ Q_SIGNALS:
     void okVideoContentChanged();
     void toastMessageChanged();
     void currentURLChanged();
+    void playbackFailureChanged();
 
 private:
     // The registry of the web player that is the active source; nothing when the engine is.
@@ -159,6 +172,10 @@ private:
 
     void timeTick();
     void refreshBufferingState();
+    // Watches a network stream that waits for data: after the time-out without any, it failed.
+    void refreshStreamDataWatch();
+    void reportPlaybackFailure(PlaybackFailure failure);
+    void clearPlaybackFailure();
     void showBufferingIndicatorAfterDelay();
     void hideBufferingIndicator();
     void showWebContent(const std::optional<YouTubeContent> &youtube,
@@ -177,6 +194,7 @@ private:
     QTimer m_timeTickTimer;
     QTimer m_bufferingIndicatorTimer;
     QTimer m_toastTimer;
+    QTimer m_streamDataTimer;
     MediaFileChooser *m_fileChooser = nullptr;
     YouTubePlayerRegistry &m_youtubePlayers;
     OKVideoPlayerRegistry &m_okVideoPlayers;
@@ -184,6 +202,7 @@ private:
 
     QString m_title;
     std::optional<QString> m_errorMessage;
+    std::optional<QString> m_playbackFailure;
     bool m_isLoading = false;
     QList<PlaylistEntry> m_playlist;
     bool m_isPlaying = false;

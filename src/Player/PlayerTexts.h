@@ -14,6 +14,8 @@ inline constexpr QStringView volumeMuted = u"Volume: 0% (Muted)";
 inline constexpr QStringView playlistOpenFailed = u"Could not open playlist: ";
 inline constexpr QStringView playlistImportFailed = u"Could not import playlist: ";
 inline constexpr QStringView networkPlaylistTitle = u"IPTV Playlist";
+// The notice over the picture when media does not play: the name, then the reason.
+inline constexpr QStringView couldNotPlay = u"Could not play \u201C%1\u201D: %2.";
 
 inline constexpr QStringView openMediaDialogTitle = u"Choose Media to Play";
 inline constexpr QStringView importPlaylistDialogTitle = u"Import M3U Playlist";

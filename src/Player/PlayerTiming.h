@@ -16,4 +16,6 @@ inline constexpr std::uint64_t volumeToastNanoseconds = 1'200'000'000;
 inline constexpr std::uint64_t toastNanoseconds = 2'800'000'000;
 // A playlist download is abandoned after this long without progress.
 inline constexpr auto playlistTimeout = 20s;
+// A network stream that sends nothing for this long, from its start or a stall, has failed.
+inline constexpr auto streamDataTimeout = 20s;
 } // namespace PlayerTiming

@@ -3,6 +3,7 @@
 #include "Player/PlayerModel.h"
 #include "Surface/PlayerSurface.h"
 #include "UI/ContentState.h"
+#include "UI/PlaybackFailureNotice.h"
 
 #include <QGuiApplication>
 #include <QLabel>
@@ -29,13 +30,17 @@ PlayerArea::PlayerArea(PlayerModel &model, ContentState &state, const PlayerView
     : QWidget(parent), m_model(model), m_state(state),
       m_surface(new PlayerSurface(model, services, this)),
       m_error(messageLabel(QStringLiteral("errorMessage"), this)),
-      m_toast(messageLabel(QStringLiteral("toast"), this))
+      m_toast(messageLabel(QStringLiteral("toast"), this)),
+      m_failure(new PlaybackFailureNotice(this))
 {
     setObjectName(QStringLiteral("PlayerArea"));
     m_surface->setPortraitMode(state.portraitMode());
 
     connect(&m_model, &PlayerModel::errorMessageChanged, this, &PlayerArea::refreshMessages);
     connect(&m_model, &PlayerModel::toastMessageChanged, this, &PlayerArea::refreshMessages);
+    connect(&m_model, &PlayerModel::playbackFailureChanged, this, &PlayerArea::refreshMessages);
+    connect(m_failure, &PlaybackFailureNotice::dismissed, &m_model,
+            &PlayerModel::dismissPlaybackFailure);
     connect(&m_state, &ContentState::portraitModeChanged, this,
             [this] { m_surface->setPortraitMode(m_state.portraitMode()); });
     connect(&m_state, &ContentState::isFullScreenChanged, this,
@@ -78,6 +83,9 @@ void PlayerArea::refreshMessages()
     const std::optional<QString> &toast = m_model.toastMessage();
     m_toast->setText(toast.value_or(QString()));
     m_toast->setVisible(toast.has_value());
+    const std::optional<QString> &failure = m_model.playbackFailure();
+    m_failure->setText(failure.value_or(QString()));
+    m_failure->setVisible(failure.has_value());
     placeChildren();
 }
 
@@ -99,6 +107,10 @@ void PlayerArea::placeChildren()
     m_error->move(center.x() - m_error->width() / 2, center.y() - m_error->height() / 2);
     m_toast->move(center.x() - m_toast->width() / 2,
                   height() - m_bottomInset - m_toast->height() - messageMargin);
+    m_failure->setFixedWidth(std::max(0, messageWidth));
+    m_failure->adjustSize();
+    m_failure->move(center.x() - m_failure->width() / 2, messageMargin);
     m_error->raise();
+    m_failure->raise();
     m_toast->raise();
 }

@@ -6,6 +6,7 @@
 
 class ContentState;
 class PlayerModel;
+class PlaybackFailureNotice;
 class PlayerSurface;
 class QLabel;
 
@@ -22,6 +23,7 @@ public:
     PlayerSurface *surface() const { return m_surface; }
     QLabel *errorLabel() const { return m_error; }
     QLabel *toastLabel() const { return m_toast; }
+    PlaybackFailureNotice *failureNotice() const { return m_failure; }
     // Room kept free at the bottom for controls floating over the picture.
     void setBottomInset(int inset);
     bool isCursorHidden() const { return m_cursorHidden; }
@@ -41,6 +43,7 @@ private:
     PlayerSurface *m_surface;
     QLabel *m_error;
     QLabel *m_toast;
+    PlaybackFailureNotice *m_failure;
     int m_bottomInset = 0;
     bool m_cursorHidden = false;
 };

@@ -15,6 +15,8 @@ QLabel#caption { color: #8e8e96; font-size: 11px; }
 QLabel#time { color: #c7c7cc; font-family: monospace; }
 QLabel#errorMessage { background: rgba(160, 30, 30, 215); color: white; border-radius: 8px;
                       padding: 10px 14px; }
+QFrame#playbackFailure { background: rgba(40, 40, 44, 235); color: white; border-radius: 8px;
+                         border: 1px solid rgba(255, 105, 97, 180); }
 QLabel#toast { background: rgba(40, 40, 44, 225); color: white; border-radius: 14px;
                padding: 7px 14px; }
 QLabel#refusal { color: #ff6961; }

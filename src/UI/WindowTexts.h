@@ -46,6 +46,8 @@ inline constexpr QStringView loading = u"Loading";
 inline constexpr QStringView playHelp = u"Open the stream manually";
 inline constexpr QStringView addressCaption = u"Supports YouTube, OK.ru, .m3u8 and .m3u";
 inline constexpr QStringView clearHelp = u"Clear playlist and stop network playback";
+// The button of the notice that media did not play.
+inline constexpr QStringView dismissHelp = u"Dismiss";
 inline constexpr QStringView searchChannels = u"Search channels";
 inline constexpr QStringView channelsHeader = u"IPTV CHANNELS  \u00b7  ";
 inline constexpr QStringView addressPlaceholder = u"Paste a stream, playlist or video address";

@@ -241,6 +241,16 @@ void tst_ControlSocket::repliesWhenTheCommandIsDone()
                  refused.endsWith(u"(no new file can be made in /proc)"_s),
              qPrintable(refused));
 
+    // Media that does not play says why, in a property of its own.
+    QCOMPARE(error(m_client.request({u"play"_s, m_home.filePath(u"missing.mp4"_s)})), u"success"_s);
+    QVERIFY(QTest::qWaitFor(
+        [&] {
+            return m_client.data({u"get_property"_s, u"playbackFailure"_s}) ==
+                   QJsonValue(u"Could not play \u201Cmissing.mp4\u201D: the file is missing or "
+                              u"cannot be read."_s);
+        },
+        10000));
+
     // A playlist that fails answers with the failure.
     QCOMPARE(error(m_client.request({u"openRemote"_s, m_server.url(u"/tv/missing.m3u"_s)})),
              u"Could not open playlist: The server responded with status 404 (Not Found)."_s);

@@ -55,8 +55,9 @@ private Q_SLOTS:
     void skipStaysWithinTheMedia();
     void titleOfAStartedSource_data();
     void titleOfAStartedSource();
-    void unplayableMediaStopsQuietly_data();
-    void unplayableMediaStopsQuietly();
+    void unplayableMediaSaysWhy_data();
+    void unplayableMediaSaysWhy();
+    void aStreamWithoutDataFails();
     void audioHasNoPictureShape();
     void volumeStaysOnItsGrid_data();
     void volumeStaysOnItsGrid();
@@ -161,35 +162,74 @@ void tst_PlayerModel::titleOfAStartedSource()
     QCOMPARE(last->title, title);
 }
 
-void tst_PlayerModel::unplayableMediaStopsQuietly_data()
+void tst_PlayerModel::unplayableMediaSaysWhy_data()
 {
     QTest::addColumn<WebAddress>("url");
-    QTest::newRow("text file") << fileAddress(testMedia(u"text.mp4"_s));
-    QTest::newRow("empty file") << fileAddress(testMedia(u"empty.mp4"_s));
-    QTest::newRow("truncated mp4") << fileAddress(testMedia(u"truncated.mp4"_s));
-    QTest::newRow("refused connection") << address(u"http://127.0.0.1:1/live.m3u8"_s);
-    QTest::newRow("unknown scheme") << address(u"gopher://127.0.0.1:1/clip"_s);
-    QTest::newRow("process file descriptor") << address(u"fdclose://0"_s);
-    QTest::newRow("edit list of local files") << address(u"edl:///etc/hostname"_s);
+    QTest::addColumn<QString>("notice");
+    const QString notMedia = u"it is not audio or video in a format the player reads."_s;
+    const QString notHandled = u"the player does not handle this kind of media."_s;
+    const auto row = [](const char *name, const WebAddress &url, const QString &notice) {
+        QTest::newRow(name) << url << notice;
+    };
+    row("missing file", fileAddress(testMedia(u"nowhere.mp4"_s)),
+        u"Could not play \u201Cnowhere.mp4\u201D: the file is missing or cannot be read."_s);
+    row("text file", fileAddress(testMedia(u"text.mp4"_s)),
+        u"Could not play \u201Ctext.mp4\u201D: "_s + notMedia);
+    row("empty file", fileAddress(testMedia(u"empty.mp4"_s)),
+        u"Could not play \u201Cempty.mp4\u201D: "_s + notMedia);
+    row("truncated mp4", fileAddress(testMedia(u"truncated.mp4"_s)),
+        u"Could not play \u201Ctruncated.mp4\u201D: "_s + notMedia);
+    row("refused connection", address(u"http://127.0.0.1:1/live.m3u8"_s),
+        u"Could not play \u201Clive.m3u8\u201D: the server refused it, does not have it or "
+        u"could not be reached."_s);
+    row("unknown scheme", address(u"gopher://127.0.0.1:1/clip"_s),
+        u"Could not play \u201Cclip\u201D: "_s + notHandled);
+    row("process file descriptor", address(u"fdclose://0"_s),
+        u"Could not play \u201Cfdclose://0\u201D: "_s + notHandled);
+    row("edit list of local files", address(u"edl:///etc/hostname"_s),
+        u"Could not play \u201Chostname\u201D: "_s + notHandled);
 }
 
-void tst_PlayerModel::unplayableMediaStopsQuietly()
+void tst_PlayerModel::unplayableMediaSaysWhy()
 {
     QFETCH(WebAddress, url);
+    QFETCH(QString, notice);
     TestPlayer player;
     PlayerModel &model = player.model;
     model.play(url, std::nullopt, true);
     QVERIFY(model.isPlaying());
     QTRY_VERIFY(!model.isPlaying());
+    // The failure is told over the picture; the message of the address field stays empty.
+    QTRY_COMPARE(model.playbackFailure(), notice);
     QVERIFY(!model.errorMessage());
     QVERIFY(!model.isBuffering());
     QCOMPARE(model.currentTime(), 0.0);
     QCOMPARE(model.duration(), 0.0);
+    model.dismissPlaybackFailure();
+    QVERIFY(!model.playbackFailure());
     // The player goes on working, and the failure is not taken for the next load's.
     model.play(url, std::nullopt, false);
     model.play(fileAddress(testMedia(u"clip.mp4"_s)), std::nullopt, false);
     QTRY_VERIFY(model.currentTime() > 0.5);
     QVERIFY(model.isPlaying());
+    QVERIFY(!model.playbackFailure());
+}
+
+void tst_PlayerModel::aStreamWithoutDataFails()
+{
+    TestHttpServer server;
+    TestHttpReply silent;
+    silent.neverAnswer = true;
+    server.route("/stream.m3u8", silent);
+    TestPlayer player;
+    PlayerModel &model = player.model;
+    model.setStreamDataTimeout(std::chrono::milliseconds(1500));
+    QElapsedTimer clock;
+    clock.start();
+    model.play(address(server.url(u"/stream.m3u8"_s)), u"News"_s, true);
+    QTRY_VERIFY_WITH_TIMEOUT(model.playbackFailure(), 10000);
+    QVERIFY(clock.elapsed() >= 1500);
+    QVERIFY(model.playbackFailure()->startsWith(u"Could not play \u201CNews\u201D: no data"_s));
 }
 
 void tst_PlayerModel::audioHasNoPictureShape()

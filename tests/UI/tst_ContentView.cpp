@@ -25,6 +25,7 @@
 #include "UI/LocalM3UActions.h"
 #include "UI/LocalM3UPanel.h"
 #include "UI/NetworkPanel.h"
+#include "UI/PlaybackFailureNotice.h"
 #include "UI/PlayerArea.h"
 #include "UI/PlayerControlBar.h"
 #include "UI/PlayerTimeText.h"
@@ -135,6 +136,7 @@ private Q_SLOTS:
     void pastedAddressListsChannelsThatFiltersNarrow();
     void channelRowsPlaySaveAndShowLogos();
     void logosReadOnlyWhatTheyMay();
+    void failedPlaybackShowsADismissibleNotice();
     void linkEditorRefusesThenSavesAndEdits();
     void deletingAsksFirst();
     void importAndExportGoThroughTheirDialogs();
@@ -408,6 +410,19 @@ void tst_ContentView::channelRowsPlaySaveAndShowLogos()
     QTRY_VERIFY(!nextLaunch.logo(*tagesschau.logoURL).isNull());
     QCOMPARE(nextLaunch.networkFetches(), 0);
     QCOMPARE(m_server.requestCount("/logo.png"), fetched);
+}
+
+void tst_ContentView::failedPlaybackShowsADismissibleNotice()
+{
+    PlaybackFailureNotice *notice = m_view->playerArea()->failureNotice();
+    QVERIFY(!notice->isVisible());
+    m_model->play(WebAddress::fromLocalFile(testMedia(u"text.mp4"_s)), std::nullopt, false);
+    QTRY_VERIFY(notice->isVisible());
+    QVERIFY(notice->text().startsWith(u"Could not play \u201Ctext.mp4\u201D: "_s));
+    QVERIFY(m_view->playerArea()->rect().contains(notice->geometry()));
+    QTest::mouseClick(notice->dismissButton(), Qt::LeftButton);
+    QVERIFY(!notice->isVisible());
+    QVERIFY(!m_model->playbackFailure());
 }
 
 void tst_ContentView::logosReadOnlyWhatTheyMay()
