@@ -163,6 +163,7 @@ void ControlCommands::run(const QJsonArray &command, const Reply &reply)
         {u"save_to_local_m3u"_s, &ControlCommands::saveToLocalM3U},
         {u"import_local_m3u"_s, &ControlCommands::importLocalM3U},
         {u"export_local_m3u"_s, &ControlCommands::exportLocalM3U},
+        {u"restore_local_m3u"_s, &ControlCommands::restoreLocalM3U},
         {u"key"_s, &ControlCommands::key},
         {u"quit"_s, &ControlCommands::quit},
     };
@@ -358,6 +359,16 @@ void ControlCommands::importLocalM3U(const QJsonArray &arguments, const Reply &r
         else
             reply(m_model.errorMessage().value_or(u"the import was superseded"_s), {});
     });
+}
+
+void ControlCommands::restoreLocalM3U(const QJsonArray &arguments, const Reply &reply)
+{
+    if (!arguments.isEmpty())
+        return reply(invalidParameter, {});
+    if (!m_localM3U.store().hasPrevious())
+        return reply(u"no replaced links are kept"_s, {});
+    m_localM3U.restorePreviousLinks();
+    reply({}, double(m_localM3U.store().entries().size()));
 }
 
 void ControlCommands::exportLocalM3U(const QJsonArray &arguments, const Reply &reply)

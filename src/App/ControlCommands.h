@@ -52,6 +52,7 @@ private:
     void saveToLocalM3U(const QJsonArray &arguments, const Reply &reply);
     void importLocalM3U(const QJsonArray &arguments, const Reply &reply);
     void exportLocalM3U(const QJsonArray &arguments, const Reply &reply);
+    void restoreLocalM3U(const QJsonArray &arguments, const Reply &reply);
     void key(const QJsonArray &arguments, const Reply &reply);
     void quit(const QJsonArray &arguments, const Reply &reply);
 

@@ -10,14 +10,24 @@ LocalM3UStore::LocalM3UStore(QObject *parent) : QObject(parent)
     load();
 }
 
+namespace {
+
+// The list stored under key; nothing when there is none or it does not decode as a whole.
+QList<PlaylistEntry> storedList(const QSettings &settings, QStringView key)
+{
+    const QVariant stored = settings.value(key.toString());
+    if (!stored.isValid())
+        return {};
+    return PlaylistJson::decodeList(stored.toByteArray()).value_or(QList<PlaylistEntry>());
+}
+
+} // namespace
+
 void LocalM3UStore::load()
 {
-    const QVariant stored = QSettings().value(PlaylistTexts::savedEntriesKey.toString());
-    if (!stored.isValid())
-        return;
-    if (std::optional<QList<PlaylistEntry>> entries =
-            PlaylistJson::decodeList(stored.toByteArray()))
-        m_entries = std::move(*entries);
+    const QSettings settings;
+    m_entries = storedList(settings, PlaylistTexts::savedEntriesKey);
+    m_previous = storedList(settings, PlaylistTexts::previousEntriesKey);
 }
 
 void LocalM3UStore::setEntries(const QList<PlaylistEntry> &entries)
@@ -99,6 +109,26 @@ void LocalM3UStore::removeAll()
 
 void LocalM3UStore::replaceAll(const QList<PlaylistEntry> &entries)
 {
+    if (!m_entries.isEmpty() && m_entries != entries)
+        keepAsPrevious(m_entries);
     setEntries(entries);
     persist();
+}
+
+void LocalM3UStore::restorePrevious()
+{
+    if (m_previous.isEmpty())
+        return;
+    const QList<PlaylistEntry> restored = m_previous;
+    keepAsPrevious(m_entries);
+    setEntries(restored);
+    persist();
+}
+
+void LocalM3UStore::keepAsPrevious(const QList<PlaylistEntry> &entries)
+{
+    m_previous = entries;
+    QSettings().setValue(PlaylistTexts::previousEntriesKey.toString(),
+                         PlaylistJson::encode(m_previous));
+    Q_EMIT previousChanged();
 }

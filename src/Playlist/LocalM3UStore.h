@@ -32,6 +32,7 @@ class LocalM3UStore : public QObject
 {
     Q_OBJECT
     Q_PROPERTY(QList<PlaylistEntry> entries READ entries WRITE setEntries NOTIFY entriesChanged)
+    Q_PROPERTY(bool hasPrevious READ hasPrevious NOTIFY previousChanged)
 
 public:
     explicit LocalM3UStore(QObject *parent = nullptr);
@@ -54,14 +55,25 @@ public:
     void remove(const QUuid &id);
     void removeAll();
     // Replaces the whole list (an imported playlist, a published channel list) and writes it.
+    // The list it replaces, when there was one, is kept and written too, so that no single
+    // action loses the user's links.
     void replaceAll(const QList<PlaylistEntry> &entries);
+    // Whether a replaced list is kept.
+    bool hasPrevious() const { return !m_previous.isEmpty(); }
+    // Brings the replaced list back; the list it replaces is kept in its place, so restoring
+    // again undoes the restore.
+    void restorePrevious();
 
 Q_SIGNALS:
     void entriesChanged();
+    void previousChanged();
 
 private:
     static QString savedName(const LocalLinkFields &fields);
+    // Written with the next persist().
+    void keepAsPrevious(const QList<PlaylistEntry> &entries);
     void load();
 
     QList<PlaylistEntry> m_entries;
+    QList<PlaylistEntry> m_previous;
 };

@@ -6,6 +6,10 @@
 namespace PlaylistTexts {
 // The key of the saved links in the settings store.
 inline constexpr QStringView savedEntriesKey = u"VelmPlayerPro.LocalM3U.SavedEntries";
+// The list an import or a published channel list replaced, kept so that it can come back.
+inline constexpr QStringView previousEntriesKey = u"VelmPlayerPro.LocalM3U.PreviousEntries";
+// Told after a replacement: "Saved links replaced by 42 channels".
+inline constexpr QStringView replacedByChannels = u"Saved links replaced by %1 channels";
 // Followed by the channel's name as the user sees it in the row.
 inline constexpr QStringView savedToLocalM3U = u"Saved to Local M3U: ";
 // Why a file or download gave no channels when it is no text at all (a video, an archive, noise).

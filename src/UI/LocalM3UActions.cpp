@@ -57,7 +57,7 @@ QFuture<bool> LocalM3UActions::replaceWhenImported(PlayerModel::PlaylistImport i
 {
     return import.then(this, [this](const std::optional<QList<PlaylistEntry>> &entries) {
         if (entries)
-            m_store.replaceAll(*entries);
+            replaceSavedLinks(*entries);
         return entries.has_value();
     });
 }
@@ -65,7 +65,22 @@ QFuture<bool> LocalM3UActions::replaceWhenImported(PlayerModel::PlaylistImport i
 void LocalM3UActions::adoptPublishedPlaylist(const QList<PlaylistEntry> &entries)
 {
     if (!entries.isEmpty())
-        m_store.replaceAll(entries);
+        replaceSavedLinks(entries);
+}
+
+void LocalM3UActions::replaceSavedLinks(const QList<PlaylistEntry> &entries)
+{
+    const bool hadLinks = !m_store.entries().isEmpty();
+    m_store.replaceAll(entries);
+    // The links that were there are kept; the panel offers them back.
+    if (hadLinks)
+        m_model.showToast(PlaylistTexts::replacedByChannels.toString().arg(entries.size()),
+                          PlayerTiming::toastNanoseconds);
+}
+
+void LocalM3UActions::restorePreviousLinks()
+{
+    m_store.restorePrevious();
 }
 
 void LocalM3UActions::exportLocalPlaylistAsM3U()

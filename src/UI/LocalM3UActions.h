@@ -46,6 +46,8 @@ public:
     // A channel list the player model published while the saved links are shown replaces them,
     // unless it is empty.
     void adoptPublishedPlaylist(const QList<PlaylistEntry> &entries);
+    // Brings back the links the last replacement took the place of.
+    void restorePreviousLinks();
 
     // Asks where to write the list (nothing happens for an empty list or a cancelled dialog),
     // writes it, and shows the failure in an alert.
@@ -59,6 +61,8 @@ public:
 private:
     // The saved links become the imported entries when the import yields any.
     QFuture<bool> replaceWhenImported(PlayerModel::PlaylistImport import);
+    // In place of the saved links, telling the user when links were there before.
+    void replaceSavedLinks(const QList<PlaylistEntry> &entries);
 
     PlayerModel &m_model;
     LocalM3UStore &m_store;

@@ -44,9 +44,12 @@ LocalM3UPanel::LocalM3UPanel(PlayerModel &model, ContentState &state, LocalM3UAc
                                WindowTexts::exportLinks.toString(), this);
     fileRow->addWidget(m_file, 1);
     fileRow->addWidget(m_export);
-    for (QPushButton *button : {m_export, m_clear, m_file})
+    // Shown while a replaced list is kept: an import or a published list never loses the links.
+    m_restore = new QPushButton(WindowTexts::restorePrevious.toString(), this);
+    for (QPushButton *button : {m_export, m_clear, m_file, m_restore})
         button->setObjectName(QStringLiteral("small"));
     column->addLayout(fileRow);
+    column->addWidget(m_restore);
 
     m_section =
         new ChannelListSection(ChannelListModel::Rows::savedLinks, model, state, localM3U.store(),
@@ -57,6 +60,8 @@ LocalM3UPanel::LocalM3UPanel(PlayerModel &model, ContentState &state, LocalM3UAc
     connect(m_export, &QPushButton::clicked, this, &LocalM3UPanel::exportRequested);
     connect(m_clear, &QPushButton::clicked, this, &LocalM3UPanel::clearRequested);
     connect(m_file, &QPushButton::clicked, this, &LocalM3UPanel::importRequested);
+    connect(m_restore, &QPushButton::clicked, &localM3U, &LocalM3UActions::restorePreviousLinks);
+    connect(&localM3U.store(), &LocalM3UStore::previousChanged, this, &LocalM3UPanel::refresh);
     connect(m_section, &ChannelListSection::actionTriggered, this,
             [this](ChannelRowAction action, const PlaylistEntry &entry) {
                 if (action == ChannelRowAction::edit)
@@ -76,5 +81,6 @@ void LocalM3UPanel::refresh()
     m_file->setText(empty ? WindowTexts::chooseM3UFile.toString()
                           : WindowTexts::changeM3UFile.toString());
     m_export->setEnabled(!empty);
+    m_restore->setVisible(m_localM3U.store().hasPrevious());
     m_clear->setEnabled(!empty);
 }

@@ -28,6 +28,7 @@ public:
     QPushButton *exportButton() const { return m_export; }
     QPushButton *clearButton() const { return m_clear; }
     QPushButton *fileButton() const { return m_file; }
+    QPushButton *restoreButton() const { return m_restore; }
     ChannelFilterBar *filters() const { return m_section->filters(); }
     ChannelListView *linkList() const { return m_section->list(); }
     QLabel *emptyText() const { return m_section->emptyText(); }
@@ -48,5 +49,6 @@ private:
     QPushButton *m_export;
     QPushButton *m_clear;
     QPushButton *m_file;
+    QPushButton *m_restore;
     ChannelListSection *m_section;
 };

@@ -46,6 +46,8 @@ inline constexpr QStringView loading = u"Loading";
 inline constexpr QStringView playHelp = u"Open the stream manually";
 inline constexpr QStringView addressCaption = u"Supports YouTube, OK.ru, .m3u8 and .m3u";
 inline constexpr QStringView clearHelp = u"Clear playlist and stop network playback";
+// The saved-links panel's button that brings back the links a replacement took the place of.
+inline constexpr QStringView restorePrevious = u"Restore Previous Links";
 // The button of the notice that media did not play.
 inline constexpr QStringView dismissHelp = u"Dismiss";
 inline constexpr QStringView searchChannels = u"Search channels";

@@ -235,6 +235,7 @@ void tst_ControlSocket::repliesWhenTheCommandIsDone()
 
     QCOMPARE(error(m_client.request({u"save_to_local_m3u"_s, 1})), u"success"_s);
     QCOMPARE(m_client.data({u"local_entries"_s}).toArray().at(0)[u"name"_s], u"Sport 1"_s);
+    QCOMPARE(error(m_client.request({u"restore_local_m3u"_s})), u"no replaced links are kept"_s);
     // A file that takes no writing says why, not only what became of a temporary file beside it.
     const QString refused = error(m_client.request({u"export_local_m3u"_s, u"/proc/version"_s}));
     QVERIFY2(refused == u"Could Not Export M3U Playlist: Permission denied"_s ||

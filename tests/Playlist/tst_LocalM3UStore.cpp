@@ -71,7 +71,11 @@ class tst_LocalM3UStore : public QObject
 
 private Q_SLOTS:
     void initTestCase() { useTemporaryHome(); }
-    void init() { QSettings().remove(key); }
+    void init()
+    {
+        QSettings().remove(key);
+        QSettings().remove(PlaylistTexts::previousEntriesKey.toString());
+    }
 
     void storesTheListUnderItsKey();
     void ignoresBadStoredDataUntilTheNextChange_data();
@@ -79,6 +83,7 @@ private Q_SLOTS:
     void keepsAHugeList();
     void savesAtTheFront();
     void editsAndDeletes();
+    void keepsWhatAReplacementTookThePlaceOf();
 
     void exportsCleanedLines();
     void exportReadsBackAsTheSameChannels();
@@ -180,6 +185,31 @@ void tst_LocalM3UStore::editsAndDeletes()
     store.removeAll();
     QVERIFY(LocalM3UStore().entries().isEmpty());
     QCOMPARE(storedBytes(), QByteArray("[]"));
+}
+
+void tst_LocalM3UStore::keepsWhatAReplacementTookThePlaceOf()
+{
+    const QList<PlaylistEntry> mine = manyEntries(3);
+    const QList<PlaylistEntry> imported = manyEntries(5);
+    LocalM3UStore store;
+    store.replaceAll(mine); // nothing was there: nothing to keep
+    QVERIFY(!store.hasPrevious());
+    store.replaceAll(imported);
+    QVERIFY(store.hasPrevious());
+    QCOMPARE(LocalM3UStore().entries(), imported);
+    QVERIFY(LocalM3UStore().hasPrevious()); // kept across launches
+
+    LocalM3UStore later;
+    later.restorePrevious();
+    QCOMPARE(later.entries(), mine);
+    QCOMPARE(LocalM3UStore().entries(), mine);
+    // What the restore replaced is kept in turn: restoring again undoes it.
+    later.restorePrevious();
+    QCOMPARE(LocalM3UStore().entries(), imported);
+    // The same list again replaces nothing.
+    later.replaceAll(imported);
+    later.restorePrevious();
+    QCOMPARE(later.entries(), mine);
 }
 
 void tst_LocalM3UStore::exportsCleanedLines()

@@ -6,6 +6,7 @@
 #include "Base/SymbolIcons.h"
 #include "Player/PlayerModel.h"
 #include "Playlist/ChannelListModel.h"
+#include "Playlist/PlaylistTexts.h"
 #include "Surface/PlayerSurface.h"
 #include "TestData.h"
 #include "TestHome.h"
@@ -44,6 +45,7 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
+#include <QSettings>
 #include <QSignalSpy>
 #include <QSlider>
 #include <QTemporaryDir>
@@ -193,6 +195,7 @@ void tst_ContentView::init()
     m_views = std::make_unique<TestViews>();
     m_player = std::make_unique<TestPlayer>(MpvEngine::Output::render);
     m_model = &m_player->model;
+    QSettings().remove(PlaylistTexts::previousEntriesKey.toString());
     m_store = std::make_unique<LocalM3UStore>();
     m_store->removeAll();
     m_actions = std::make_unique<LocalM3UActions>(*m_model, *m_store);
@@ -531,10 +534,16 @@ void tst_ContentView::deletingAsksFirst()
 void tst_ContentView::importAndExportGoThroughTheirDialogs()
 {
     state().setSelectedSidebarSection(PlayerSidebarSection::localM3U);
+    m_actions->addLink(
+        {u"Mine"_s, *WebAddress::fromText(u"https://tv.example/mine.m3u8"), {}, {}, {}});
+    QVERIFY(!local()->restoreButton()->isVisible());
     state().setChannelSearch(u"nothing matches this"_s);
     answerFileDialog(testData(u"m3u/iptv-org-2021-channels/ch.m3u"_s));
     QTest::mouseClick(local()->fileButton(), Qt::LeftButton);
     QTRY_VERIFY(m_store->entries().size() > 10);
+    QCOMPARE(m_model->toastMessage(),
+             u"Saved links replaced by %1 channels"_s.arg(m_store->entries().size()));
+    QVERIFY(local()->restoreButton()->isVisible());
     // The import started from no search: everything imported is listed.
     QCOMPARE(state().channelSearch(), QString());
     QTRY_COMPARE(state().localLinks().filteredCount(), int(m_store->entries().size()));
@@ -547,6 +556,11 @@ void tst_ContentView::importAndExportGoThroughTheirDialogs()
     QVERIFY(written.open(QIODevice::ReadOnly));
     QVERIFY(written.readLine().startsWith("#EXTM3U"));
     QTRY_COMPARE(m_model->toastMessage(), std::optional(u"Exported: links.m3u"_s));
+
+    // The links the import replaced come back.
+    QTest::mouseClick(local()->restoreButton(), Qt::LeftButton);
+    QCOMPARE(m_store->entries().size(), 1);
+    QCOMPARE(m_store->entries().constFirst().name, u"Mine"_s);
 }
 
 void tst_ContentView::controlBarShowsTimesAndSeeksOnRelease()
