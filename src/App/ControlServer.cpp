@@ -75,27 +75,11 @@ void ControlServer::readLines(Client &client)
 {
     if (!client.socket)
         return;
-    client.pending.append(client.socket->readAll());
-    // Each byte is searched for a line break once, however the line arrives.
-    qsizetype start = 0;
-    for (qsizetype end; (end = client.pending.indexOf('\n', std::max(start, client.scanned))) >= 0;
-         start = end + 1) {
-        const qsizetype length = end - start;
-        if (client.discardingLongLine)
-            client.discardingLongLine = false; // the end of the dropped line
-        else if (length > maximumLineLength)
+    for (const ControlLineReader::Line &line : client.lines.feed(client.socket->readAll())) {
+        if (line.tooLong)
             sendReply(client.socket, 0, u"line too long"_s, {});
         else
-            handleLine(client, client.pending.sliced(start, length));
-    }
-    client.pending.remove(0, start);
-    client.scanned = client.pending.size();
-    if (client.pending.size() > maximumLineLength) {
-        client.pending.clear();
-        client.scanned = 0;
-        if (!client.discardingLongLine)
-            sendReply(client.socket, 0, u"line too long"_s, {});
-        client.discardingLongLine = true;
+            handleLine(client, line.text);
     }
 }
 

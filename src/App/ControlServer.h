@@ -1,5 +1,7 @@
 #pragma once
 
+#include "App/ControlLineReader.h"
+
 #include <QByteArray>
 #include <QJsonObject>
 #include <QList>
@@ -25,9 +27,6 @@ class ControlServer : public QObject
     Q_OBJECT
 
 public:
-    // Lines longer than this are dropped with an error instead of growing the buffer without end.
-    static constexpr qsizetype maximumLineLength = 1 << 20;
-
     // Events are the notifier's notifications.
     ControlServer(ControlCommands &commands, AppNotifier &notifier, QObject *parent = nullptr);
     ~ControlServer() override;
@@ -42,9 +41,7 @@ private:
     struct Client
     {
         QPointer<QLocalSocket> socket;
-        QByteArray pending;
-        qsizetype scanned = 0; // pending holds no line break before this
-        bool discardingLongLine = false;
+        ControlLineReader lines;
         QSet<QString> events;
     };
 

@@ -309,7 +309,9 @@ std::optional<WebAddress> WebAddress::fromText(QStringView text, const WebAddres
     const std::optional<Components> parsed = ascii ? validComponents(*ascii) : std::nullopt;
     if (!parsed)
         return std::nullopt;
-    if (parsed->scheme || base.isNull())
+    // Only an absolute base (one with a scheme) resolves anything: against a relative one, the
+    // dot segments could climb out of it and leave a first segment that reads as a scheme.
+    if (parsed->scheme || base.isNull() || !base.hasScheme())
         return WebAddress(std::move(*ascii));
 
     const Components &ref = *parsed;

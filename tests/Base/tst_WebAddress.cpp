@@ -162,6 +162,9 @@ void tst_WebAddress::resolvesPlaylistLinesAgainstFiles_data()
         << u"http:/.//evil.example/chan.ts"_s;
     QTest::newRow("nor through dot segments")
         << u"http:/a/b"_s << u"..//evil.example/x"_s << u"http:/.//evil.example/x"_s;
+    QTest::newRow("a relative base resolves nothing")
+        << u"#fdexp/hb/d;p?q"_s << u"../../../."_s << u"../../../."_s;
+    QTest::newRow("nor lets a segment become a scheme") << u"a"_s << u"../x:y"_s << u"../x:y"_s;
 }
 
 void tst_WebAddress::resolvesPlaylistLinesAgainstFiles()
