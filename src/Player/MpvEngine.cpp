@@ -15,6 +15,24 @@
 #include <vector>
 
 namespace {
+
+// What an mpv error means to the user who asked for the media.
+PlaybackFailure failureOf(int error)
+{
+    switch (error) {
+    case MPV_ERROR_LOADING_FAILED:
+        return PlaybackFailure::cannotOpen;
+    case MPV_ERROR_UNKNOWN_FORMAT:
+        return PlaybackFailure::unknownFormat;
+    case MPV_ERROR_NOTHING_TO_PLAY:
+        return PlaybackFailure::nothingToPlay;
+    case MPV_ERROR_UNSUPPORTED:
+        return PlaybackFailure::unsupported;
+    default:
+        return PlaybackFailure::other;
+    }
+}
+
 // Reply tags of asynchronous requests whose outcome matters. Tags of a load and of the property
 // reads after it carry the load's generation, so replies about replaced media are recognised and
 // ignored.
@@ -489,22 +507,7 @@ void MpvEngine::handleLoadReply(int error, const mpv_node &result)
 void MpvEngine::fail(int error)
 {
     m_failed = true;
-    switch (error) {
-    case MPV_ERROR_UNKNOWN_FORMAT:
-        Q_EMIT loadFailed(PlaybackFailure::unknownFormat);
-        return;
-    case MPV_ERROR_NOTHING_TO_PLAY:
-        Q_EMIT loadFailed(PlaybackFailure::nothingToPlay);
-        return;
-    case MPV_ERROR_UNSUPPORTED:
-        Q_EMIT loadFailed(PlaybackFailure::unsupported);
-        return;
-    case MPV_ERROR_LOADING_FAILED:
-        Q_EMIT loadFailed(PlaybackFailure::cannotOpen);
-        return;
-    default:
-        Q_EMIT loadFailed(PlaybackFailure::other);
-    }
+    Q_EMIT loadFailed(failureOf(error));
 }
 
 void MpvEngine::handleEndFile(qint64 entryID, int reason, int error)
