@@ -33,6 +33,28 @@ QString addressLine(const WebAddress &url)
     return url.isLocalFile() ? url.toLocalFile() : url.text();
 }
 
+// Why the list cannot go to path when not even the temporary file beside it could be made; that
+// file's own failure alone misleads (a folder of special files refuses new ones with "No such file
+// or directory"). The target is opened to append nothing, so it stays as it is, and only when it
+// is a regular file, which never blocks.
+QString openFailure(const QString &path, const QString &temporaryFailure)
+{
+    const QFileInfo target(path);
+    if (target.isDir())
+        return QStringLiteral("Is a directory");
+    if (target.exists() && !target.isFile())
+        return QStringLiteral("Not a regular file");
+    if (target.isFile()) {
+        QFile probe(path);
+        if (!probe.open(QIODevice::WriteOnly | QIODevice::Append))
+            return probe.errorString();
+    }
+    // The list goes to a new file beside the target first, so that a failure leaves the old
+    // file whole: that folder must take new files.
+    return QStringLiteral("%1 (no new file can be made in %2)")
+        .arg(temporaryFailure, QDir::toNativeSeparators(target.absolutePath()));
+}
+
 } // namespace
 
 QString M3UExport::cleaned(const QString &value)
@@ -57,32 +79,6 @@ QString M3UExport::defaultFileName(QDate day)
            QLocale().toString(day, PlaylistTexts::exportFileNameDatePattern) + u'.' +
            PlaylistTexts::exportFileExtension.toString();
 }
-
-namespace {
-
-// Why the list cannot go to path when not even the temporary file beside it could be made; that
-// file's own failure alone misleads (a folder of special files refuses new ones with "No such file
-// or directory"). The target is opened to append nothing, so it stays as it is, and only when it
-// is a regular file, which never blocks.
-QString openFailure(const QString &path, const QString &temporaryFailure)
-{
-    const QFileInfo target(path);
-    if (target.isDir())
-        return QStringLiteral("Is a directory");
-    if (target.exists() && !target.isFile())
-        return QStringLiteral("Not a regular file");
-    if (target.isFile()) {
-        QFile probe(path);
-        if (!probe.open(QIODevice::WriteOnly | QIODevice::Append))
-            return probe.errorString();
-    }
-    // The list goes to a new file beside the target first, so that a failure leaves the old
-    // file whole: that folder must take new files.
-    return QStringLiteral("%1 (no new file can be made in %2)")
-        .arg(temporaryFailure, QDir::toNativeSeparators(target.absolutePath()));
-}
-
-} // namespace
 
 std::optional<QString> M3UExport::write(const QString &path, const QList<PlaylistEntry> &entries)
 {
