@@ -11,15 +11,15 @@
 #include <QMenuBar>
 
 AppSession::AppSession()
-    : m_player(m_youtubePlayers, m_okVideoPlayers), m_fileChooser(&m_window),
-      m_exportPrompts(&m_window), m_localM3U(m_player, m_localStore),
+    : m_player(m_youtubePlayers, m_okVideoPlayers), m_fileChooser(&m_window), m_prompts(&m_window),
+      m_localM3U(m_player, m_localStore),
       m_content(new ContentView(
           m_player, m_localM3U,
           {m_notifier, m_surfaces, m_youtubePlayers, m_okVideoPlayers, m_webProfile})),
       m_commands(m_player, m_localM3U, *m_content, m_window)
 {
     m_player.setFileChooser(&m_fileChooser);
-    m_localM3U.setExportPrompts(&m_exportPrompts);
+    m_localM3U.setPrompts(&m_prompts);
     m_window.setContent(m_content);
     new AppMenus(*m_window.menuBar(), m_player); // owned by the menu bar
     connect(&m_window, &AppWindow::appeared, this, &AppSession::installMonitors);

@@ -6,7 +6,7 @@
 #include "Player/PlayerModel.h"
 #include "Playlist/LocalM3UStore.h"
 #include "Recording/PlayerSurfaceRegistry.h"
-#include "UI/DialogLocalM3UExportPrompts.h"
+#include "UI/DialogLocalM3UPrompts.h"
 #include "UI/DialogMediaFileChooser.h"
 #include "UI/LocalM3UActions.h"
 #include "Web/OKVideoPlayerRegistry.h"
@@ -64,7 +64,7 @@ private:
     PlayerModel m_player;
     AppWindow m_window;
     DialogMediaFileChooser m_fileChooser;
-    DialogLocalM3UExportPrompts m_exportPrompts;
+    DialogLocalM3UPrompts m_prompts;
     LocalM3UActions m_localM3U;
     ContentView *m_content; // owned by the window
     ControlCommands m_commands;

@@ -226,6 +226,18 @@ void ControlCommands::filteredCount(const QJsonArray &arguments, const Reply &re
 {
     if (!arguments.isEmpty())
         return reply(invalidParameter, {});
+    // The saved links count once they are read; until then the panel lists none of them.
+    LocalM3UStore &store = m_localM3U.store();
+    if (!store.isLoaded()) {
+        auto *connection = new QMetaObject::Connection;
+        *connection = connect(&store, &LocalM3UStore::loadedChanged, this,
+                              [this, arguments, reply, connection] {
+                                  QObject::disconnect(*connection);
+                                  delete connection;
+                                  filteredCount(arguments, reply);
+                              });
+        return;
+    }
     ChannelListModel &list = m_content.state().displayedChannels();
     if (!list.isFiltering())
         return reply({}, list.filteredCount());
@@ -336,14 +348,16 @@ void ControlCommands::localEntries(const QJsonArray &arguments, const Reply &rep
 {
     if (!arguments.isEmpty())
         return reply(invalidParameter, {});
-    reply({}, QJsonDocument::fromJson(PlaylistJson::encode(m_localM3U.store().entries())).array());
+    LocalM3UStore &store = m_localM3U.store();
+    store.waitForLoad();
+    reply({}, QJsonDocument::fromJson(PlaylistJson::encode(store.entries())).array());
 }
 
 void ControlCommands::saveToLocalM3U(const QJsonArray &arguments, const Reply &reply)
 {
     if (const PlaylistEntry *entry = playlistArgument(arguments, reply)) {
         m_localM3U.saveToLocalM3U(*entry);
-        reply({}, {});
+        replyWhenSaved(reply, {});
     }
 }
 
@@ -355,7 +369,7 @@ void ControlCommands::importLocalM3U(const QJsonArray &arguments, const Reply &r
         return reply(invalidParameter, {});
     m_localM3U.importLocalPlaylistFile(path, displayName).then(this, [this, reply](bool imported) {
         if (imported)
-            reply({}, double(m_localM3U.store().entries().size()));
+            replyWhenSaved(reply, double(m_localM3U.store().entries().size()));
         else
             reply(m_model.errorMessage().value_or(u"the import was superseded"_s), {});
     });
@@ -365,10 +379,21 @@ void ControlCommands::restoreLocalM3U(const QJsonArray &arguments, const Reply &
 {
     if (!arguments.isEmpty())
         return reply(invalidParameter, {});
+    m_localM3U.store().waitForLoad();
     if (!m_localM3U.store().hasPrevious())
         return reply(u"no replaced links are kept"_s, {});
     m_localM3U.restorePreviousLinks();
-    reply({}, double(m_localM3U.store().entries().size()));
+    replyWhenSaved(reply, double(m_localM3U.store().entries().size()));
+}
+
+void ControlCommands::replyWhenSaved(const Reply &reply, const QJsonValue &data)
+{
+    m_localM3U.store().whenSaved(this, [reply, data](const LocalM3UStore::SaveOutcome &outcome) {
+        if (outcome)
+            reply(PlaylistTexts::saveFailed.toString() + u": "_s + *outcome, {});
+        else
+            reply({}, data);
+    });
 }
 
 void ControlCommands::exportLocalM3U(const QJsonArray &arguments, const Reply &reply)
@@ -378,6 +403,7 @@ void ControlCommands::exportLocalM3U(const QJsonArray &arguments, const Reply &r
     // A relative path would land wherever the player happened to be started.
     if (!QDir::isAbsolutePath(arguments.at(0).toString()))
         return reply(u"not an absolute path: "_s + arguments.at(0).toString(), {});
+    m_localM3U.store().waitForLoad();
     if (m_localM3U.store().entries().isEmpty())
         return reply({}, {}); // nothing saved, nothing written
     if (const std::optional<QString> failure =

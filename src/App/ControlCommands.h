@@ -53,6 +53,8 @@ private:
     void importLocalM3U(const QJsonArray &arguments, const Reply &reply);
     void exportLocalM3U(const QJsonArray &arguments, const Reply &reply);
     void restoreLocalM3U(const QJsonArray &arguments, const Reply &reply);
+    // Replies once the saved links as they are now are written, or with why they were not.
+    void replyWhenSaved(const Reply &reply, const QJsonValue &data);
     void key(const QJsonArray &arguments, const Reply &reply);
     void quit(const QJsonArray &arguments, const Reply &reply);
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QStringView>
 
 // JSON text as the saved-links store has always written it: strings escape '"', '\\', '/' (as
@@ -13,5 +14,8 @@ public:
     JsonText() = delete;
 
     static void appendString(QByteArray &out, QStringView text);
+    // The same for text held as Latin-1 bytes (an address: ASCII), without making it a string
+    // first.
+    static void appendAscii(QByteArray &out, QByteArrayView text);
     static QByteArray quoted(QStringView text);
 };

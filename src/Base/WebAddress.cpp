@@ -108,6 +108,22 @@ std::optional<QByteArray> allowedAscii(QStringView text)
     return ascii;
 }
 
+// Whether the bytes are text an address may be, as allowedAscii decides for characters.
+bool allowedBytes(QByteArrayView bytes)
+{
+    const qsizetype size = bytes.size();
+    for (qsizetype i = 0; i < size; ++i) {
+        const char c = bytes[i];
+        if (c == '%') {
+            if (i + 2 >= size || !isHexDigit(bytes[i + 1]) || !isHexDigit(bytes[i + 2]))
+                return false;
+        } else if (uchar(c) >= 0x80 || !isAllowedCharacter(char16_t(uchar(c)))) {
+            return false;
+        }
+    }
+    return true;
+}
+
 Components split(QByteArrayView text)
 {
     Components parts;
@@ -301,6 +317,13 @@ QString decodedOrRaw(QByteArrayView encoded)
 std::optional<WebAddress> WebAddress::fromText(QStringView text)
 {
     return fromText(text, WebAddress());
+}
+
+std::optional<WebAddress> WebAddress::fromAscii(QByteArrayView bytes)
+{
+    if (!allowedBytes(bytes) || !validComponents(bytes))
+        return std::nullopt;
+    return WebAddress(bytes.toByteArray());
 }
 
 std::optional<WebAddress> WebAddress::fromText(QStringView text, const WebAddress &base)

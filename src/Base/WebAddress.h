@@ -31,6 +31,8 @@ public:
 
     // The text as an address of its own (relative references stay relative).
     static std::optional<WebAddress> fromText(QStringView text);
+    // The same for text that is still bytes: what fromText gives for their Latin-1 reading.
+    static std::optional<WebAddress> fromAscii(QByteArrayView bytes);
     // The text resolved against base by RFC 3986 section 5.2. Text with a scheme stands as written.
     static std::optional<WebAddress> fromText(QStringView text, const WebAddress &base);
     // The "file://" address of an absolute file-system path, percent-encoded as needed.

@@ -1,37 +1,60 @@
 #include "Playlist/LocalM3UStore.h"
 
-#include "Playlist/PlaylistJson.h"
 #include "Playlist/PlaylistTexts.h"
 
-#include <QSettings>
+#include <QThreadPool>
 
-LocalM3UStore::LocalM3UStore(QObject *parent) : QObject(parent)
+LocalM3UStore::LocalM3UStore(QObject *parent)
+    : LocalM3UStore(SavedLinksFile::defaultFolder(), parent)
+{}
+
+LocalM3UStore::LocalM3UStore(const QString &folder, QObject *parent)
+    : QObject(parent), m_savedFile(folder, PlaylistTexts::savedEntriesKey.toString()),
+      m_previousFile(folder, PlaylistTexts::previousEntriesKey.toString())
 {
-    load();
+    startLoading();
 }
 
-namespace {
-
-// The list stored under key; nothing when there is none or it does not decode as a whole.
-QList<PlaylistEntry> storedList(const QSettings &settings, QStringView key)
+LocalM3UStore::~LocalM3UStore()
 {
-    const QVariant stored = settings.value(key.toString());
-    if (!stored.isValid())
-        return {};
-    return PlaylistJson::decodeList(stored.toByteArray()).value_or(QList<PlaylistEntry>());
+    if (m_isLoaded && m_lastOutcome && m_settledGeneration == m_requestedGeneration)
+        persist();
 }
 
-} // namespace
-
-void LocalM3UStore::load()
+void LocalM3UStore::startLoading()
 {
-    const QSettings settings;
-    m_entries = storedList(settings, PlaylistTexts::savedEntriesKey);
-    m_previous = storedList(settings, PlaylistTexts::previousEntriesKey);
+    auto stored = std::make_shared<std::promise<StoredLists>>();
+    m_stored = stored->get_future().share();
+    m_worker.run([this, stored, saved = m_savedFile, previous = m_previousFile] {
+        stored->set_value({saved.read(), previous.read()});
+        QMetaObject::invokeMethod(this, &LocalM3UStore::waitForLoad, Qt::QueuedConnection);
+        // The settings file is only touched once the list has moved out of it, and off this
+        // thread: a lock that a crashed process left on it can hold a writer for half a minute.
+        QThreadPool::globalInstance()->start([saved, previous] {
+            saved.forgetSettingsValue();
+            previous.forgetSettingsValue();
+        });
+    });
+}
+
+void LocalM3UStore::waitForLoad()
+{
+    if (m_isLoaded)
+        return;
+    const StoredLists &stored = m_stored.get();
+    m_isLoaded = true;
+    m_previous = stored.previous;
+    m_entries = stored.saved;
+    m_stored = {};
+    if (!m_previous.isEmpty())
+        Q_EMIT previousChanged();
+    Q_EMIT entriesChanged();
+    Q_EMIT loadedChanged();
 }
 
 void LocalM3UStore::setEntries(const QList<PlaylistEntry> &entries)
 {
+    waitForLoad();
     m_entries = entries;
     Q_EMIT entriesChanged();
 }
@@ -42,14 +65,47 @@ bool LocalM3UStore::contains(const WebAddress &url) const
                        [&](const PlaylistEntry &entry) { return entry.url == url; });
 }
 
-bool LocalM3UStore::persist()
+void LocalM3UStore::persist()
 {
-    QSettings settings;
-    settings.setValue(PlaylistTexts::savedEntriesKey.toString(), PlaylistJson::encode(m_entries));
-    // Written now rather than at some later point, so that a crash cannot take a change with it;
-    // the settings file is replaced whole, never left half-written.
-    settings.sync();
-    return settings.status() == QSettings::NoError;
+    waitForLoad();
+    const quint64 generation = ++m_requestedGeneration;
+    m_worker.write(m_savedFile, m_entries, [this, generation](const SaveOutcome &outcome) {
+        QMetaObject::invokeMethod(
+            this, [this, generation, outcome] { settle(generation, outcome); },
+            Qt::QueuedConnection);
+    });
+}
+
+void LocalM3UStore::whenSaved(QObject *context, std::function<void(const SaveOutcome &)> done)
+{
+    if (m_settledGeneration < m_requestedGeneration) {
+        m_saveWaiters.push_back({m_requestedGeneration, context, std::move(done)});
+        return;
+    }
+    QMetaObject::invokeMethod(
+        context, [done = std::move(done), outcome = m_lastOutcome] { done(outcome); },
+        Qt::QueuedConnection);
+}
+
+void LocalM3UStore::settle(quint64 generation, const SaveOutcome &outcome)
+{
+    m_settledGeneration = std::max(m_settledGeneration, generation);
+    m_lastOutcome = outcome;
+    reportFailure(outcome);
+    std::vector<SaveWaiter> waiting;
+    std::swap(waiting, m_saveWaiters);
+    for (SaveWaiter &waiter : waiting) {
+        if (waiter.generation > generation)
+            m_saveWaiters.push_back(std::move(waiter));
+        else if (waiter.context)
+            waiter.done(outcome);
+    }
+}
+
+void LocalM3UStore::reportFailure(const SaveOutcome &outcome)
+{
+    if (outcome)
+        Q_EMIT saveFailed(*outcome);
 }
 
 QString LocalM3UStore::savedName(const LocalLinkFields &fields)
@@ -65,15 +121,21 @@ QString LocalM3UStore::savedName(const LocalLinkFields &fields)
 
 PlaylistEntry LocalM3UStore::saveOrMoveToFront(const LocalLinkFields &fields)
 {
+    waitForLoad();
     const PlaylistEntry entry{QUuid::createUuid(), savedName(fields), fields.url,
                               fields.logoURL,      fields.category,   fields.countryCode};
-    QList<PlaylistEntry> entries = m_entries;
-    const auto same = std::find_if(entries.begin(), entries.end(), [&](const PlaylistEntry &saved) {
-        return saved.url == entry.url;
-    });
-    if (same != entries.end())
-        entries.erase(same);
-    entries.prepend(entry);
+    const auto same =
+        std::find_if(m_entries.cbegin(), m_entries.cend(),
+                     [&](const PlaylistEntry &saved) { return saved.url == entry.url; });
+    // Made in one pass: a list of a million links is copied once, not copied, moved up and
+    // moved again.
+    QList<PlaylistEntry> entries;
+    entries.reserve(m_entries.size() + 1);
+    entries.append(entry);
+    for (auto saved = m_entries.cbegin(); saved != m_entries.cend(); ++saved) {
+        if (saved != same)
+            entries.append(*saved);
+    }
     setEntries(entries);
     persist();
     return entry;
@@ -81,6 +143,7 @@ PlaylistEntry LocalM3UStore::saveOrMoveToFront(const LocalLinkFields &fields)
 
 bool LocalM3UStore::updateInPlace(const QUuid &id, const LocalLinkFields &fields)
 {
+    waitForLoad();
     QList<PlaylistEntry> entries = m_entries;
     const auto edited = std::find_if(entries.begin(), entries.end(),
                                      [&](const PlaylistEntry &saved) { return saved.id == id; });
@@ -95,6 +158,7 @@ bool LocalM3UStore::updateInPlace(const QUuid &id, const LocalLinkFields &fields
 
 void LocalM3UStore::remove(const QUuid &id)
 {
+    waitForLoad();
     QList<PlaylistEntry> entries = m_entries;
     entries.removeIf([&](const PlaylistEntry &saved) { return saved.id == id; });
     setEntries(entries);
@@ -109,6 +173,7 @@ void LocalM3UStore::removeAll()
 
 void LocalM3UStore::replaceAll(const QList<PlaylistEntry> &entries)
 {
+    waitForLoad();
     if (!m_entries.isEmpty() && m_entries != entries)
         keepAsPrevious(m_entries);
     setEntries(entries);
@@ -117,6 +182,7 @@ void LocalM3UStore::replaceAll(const QList<PlaylistEntry> &entries)
 
 void LocalM3UStore::restorePrevious()
 {
+    waitForLoad();
     if (m_previous.isEmpty())
         return;
     const QList<PlaylistEntry> restored = m_previous;
@@ -128,7 +194,9 @@ void LocalM3UStore::restorePrevious()
 void LocalM3UStore::keepAsPrevious(const QList<PlaylistEntry> &entries)
 {
     m_previous = entries;
-    QSettings().setValue(PlaylistTexts::previousEntriesKey.toString(),
-                         PlaylistJson::encode(m_previous));
+    m_worker.write(m_previousFile, m_previous, [this](const SaveOutcome &outcome) {
+        QMetaObject::invokeMethod(
+            this, [this, outcome] { reportFailure(outcome); }, Qt::QueuedConnection);
+    });
     Q_EMIT previousChanged();
 }

@@ -1,6 +1,7 @@
 #include "Playlist/PlaylistJson.h"
 
 #include "Base/JsonText.h"
+#include "Playlist/StoredListScanner.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -49,13 +50,15 @@ bool decodeOptional(const QJsonObject &object, const char *key, Decode decode)
 void PlaylistJson::appendEncoded(QByteArray &out, const PlaylistEntry &entry)
 {
     out.append("{\"id\":");
-    JsonText::appendString(out, entry.id.toString(QUuid::WithoutBraces).toUpper());
+    JsonText::appendAscii(out, entry.id.toByteArray(QUuid::WithoutBraces).toUpper());
     appendKey(out, "name");
     JsonText::appendString(out, entry.name);
     appendKey(out, "url");
-    JsonText::appendString(out, entry.url.text());
-    if (entry.logoURL)
-        appendOptionalString(out, "logoURL", entry.logoURL->text());
+    JsonText::appendAscii(out, entry.url.bytes());
+    if (entry.logoURL) {
+        appendKey(out, "logoURL");
+        JsonText::appendAscii(out, entry.logoURL->bytes());
+    }
     appendOptionalString(out, "groupTitle", entry.groupTitle);
     appendOptionalString(out, "countryCode", entry.countryCode);
     out.append('}');
@@ -106,7 +109,14 @@ std::optional<PlaylistEntry> PlaylistJson::decodeEntry(const QJsonObject &object
     return optionalsDecode ? std::optional(std::move(entry)) : std::nullopt;
 }
 
-std::optional<QList<PlaylistEntry>> PlaylistJson::decodeList(const QByteArray &json)
+std::optional<QList<PlaylistEntry>> PlaylistJson::decodeList(QByteArrayView json)
+{
+    if (std::optional<QList<PlaylistEntry>> written = StoredListScanner::scan(json))
+        return written;
+    return decodeDocument(json.toByteArray());
+}
+
+std::optional<QList<PlaylistEntry>> PlaylistJson::decodeDocument(const QByteArray &json)
 {
     // Qt's reader drops a byte-order mark that opens a string, so a name that begins with U+FEFF
     // would lose it; given as an escape it stays. In JSON text these bytes occur inside strings

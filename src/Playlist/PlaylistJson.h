@@ -3,6 +3,7 @@
 #include "Playlist/PlaylistEntry.h"
 
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QJsonObject>
 #include <QList>
 
@@ -24,5 +25,8 @@ public:
     static void appendEncoded(QByteArray &out, const PlaylistEntry &entry);
 
     static std::optional<PlaylistEntry> decodeEntry(const QJsonObject &object);
-    static std::optional<QList<PlaylistEntry>> decodeList(const QByteArray &json);
+    // Lists in the form this store writes are read straight from the bytes; anything else goes
+    // through the general JSON reader (decodeDocument), which both give the same list for.
+    static std::optional<QList<PlaylistEntry>> decodeList(QByteArrayView json);
+    static std::optional<QList<PlaylistEntry>> decodeDocument(const QByteArray &json);
 };

@@ -20,6 +20,11 @@ inline constexpr QStringView exportDialogButton = u"Export";
 // "Exported: list.m3u"
 inline constexpr QStringView exported = u"Exported";
 inline constexpr QStringView exportFailed = u"Could Not Export M3U Playlist";
+// A write of the saved links failed: the title, and what it means for the user's links.
+inline constexpr QStringView saveFailed = u"Could Not Save Local M3U Links";
+inline constexpr QStringView saveFailedAdvice =
+    u"The links stay as they are in this window and are written again with the next change "
+    u"and when the player quits.";
 // "VelmPlayerPro 2026-11-16.m3u"
 inline constexpr QStringView exportFileNamePrefix = u"VelmPlayerPro ";
 inline constexpr QStringView exportFileNameDatePattern = u"yyyy-MM-dd";

@@ -4,22 +4,31 @@
 #include "Player/PlayerTiming.h"
 #include "Playlist/M3UExport.h"
 #include "Playlist/PlaylistTexts.h"
-#include "UI/LocalM3UExportPrompts.h"
+#include "UI/LocalM3UPrompts.h"
 
 #include <QDate>
 #include <QFileInfo>
 
 LocalM3UActions::LocalM3UActions(PlayerModel &model, LocalM3UStore &store, QObject *parent)
     : QObject(parent), m_model(model), m_store(store)
-{}
+{
+    connect(&m_store, &LocalM3UStore::saveFailed, this, [this](const QString &description) {
+        if (m_prompts)
+            m_prompts->showSaveFailure(description);
+    });
+}
 
 void LocalM3UActions::saveToLocalM3U(const PlaylistEntry &entry)
 {
     m_store.saveOrMoveToFront(
         {entry.name, entry.url, entry.logoURL, entry.countryCode, entry.groupTitle});
-    // The name as the row showed it: untrimmed, and empty when the channel has none.
-    m_model.showToast(PlaylistTexts::savedToLocalM3U.toString() + entry.name,
-                      PlayerTiming::toastNanoseconds);
+    // Confirmed once it is on disk, never before; a failure is told by the store's alert. The
+    // name as the row showed it: untrimmed, and empty when the channel has none.
+    m_store.whenSaved(this, [this, name = entry.name](const LocalM3UStore::SaveOutcome &outcome) {
+        if (!outcome)
+            m_model.showToast(PlaylistTexts::savedToLocalM3U.toString() + name,
+                              PlayerTiming::toastNanoseconds);
+    });
 }
 
 void LocalM3UActions::addLink(const LocalLinkFields &fields)
@@ -85,14 +94,13 @@ void LocalM3UActions::restorePreviousLinks()
 
 void LocalM3UActions::exportLocalPlaylistAsM3U()
 {
-    if (m_store.entries().isEmpty() || !m_exportPrompts)
+    if (m_store.entries().isEmpty() || !m_prompts)
         return;
-    const std::optional<QString> path =
-        m_exportPrompts->chooseExportFile(defaultExportM3UFilename());
+    const std::optional<QString> path = m_prompts->chooseExportFile(defaultExportM3UFilename());
     if (!path)
         return;
     if (const std::optional<QString> failure = exportLocalPlaylist(*path))
-        m_exportPrompts->showExportFailure(*failure);
+        m_prompts->showExportFailure(*failure);
 }
 
 std::optional<QString> LocalM3UActions::exportLocalPlaylist(const QString &path)

@@ -10,11 +10,12 @@
 
 #include <optional>
 
-class LocalM3UExportPrompts;
+class LocalM3UPrompts;
 
 // The main window's actions on the saved links: saving a channel, adding, editing and deleting
 // links, importing a playlist file in place of the list, and exporting the list as an M3U file.
-// Every change is written at once. Main thread only.
+// Every change is handed to the store to be written at once; a write that fails is shown in an
+// alert. Main thread only.
 class LocalM3UActions : public QObject
 {
     Q_OBJECT
@@ -22,11 +23,11 @@ class LocalM3UActions : public QObject
 public:
     LocalM3UActions(PlayerModel &model, LocalM3UStore &store, QObject *parent = nullptr);
 
-    void setExportPrompts(LocalM3UExportPrompts *prompts) { m_exportPrompts = prompts; }
+    void setPrompts(LocalM3UPrompts *prompts) { m_prompts = prompts; }
     LocalM3UStore &store() { return m_store; }
 
-    // The save button of a network channel: saves it at the front and confirms with a toast
-    // that names the channel as the row shows it.
+    // The save button of a network channel: saves it at the front and, once the list is
+    // written, confirms with a toast that names the channel as the row shows it.
     void saveToLocalM3U(const PlaylistEntry &entry);
     // A new link from the link editor: saved at the front, without a toast.
     void addLink(const LocalLinkFields &fields);
@@ -66,5 +67,5 @@ private:
 
     PlayerModel &m_model;
     LocalM3UStore &m_store;
-    LocalM3UExportPrompts *m_exportPrompts = nullptr;
+    LocalM3UPrompts *m_prompts = nullptr;
 };

@@ -3,14 +3,21 @@
 #include "Playlist/PlaylistJson.h"
 #include "Playlist/PlaylistParser.h"
 #include "Playlist/PlaylistTexts.h"
+#include "Playlist/SavedLinksFile.h"
 
 #include "TestHome.h"
 
 #include <QDir>
+#include <QProcess>
+#include <QRandomGenerator>
 #include <QSettings>
+#include <QSignalSpy>
 #include <QTest>
+#include <QThread>
 
 #include <csignal>
+#include <cstdio>
+#include <functional>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -19,6 +26,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QString key = PlaylistTexts::savedEntriesKey.toString();
+const QString previousKey = PlaylistTexts::previousEntriesKey.toString();
 
 WebAddress address(const QString &text)
 {
@@ -36,22 +44,35 @@ QByteArray json(const char *text)
     return QByteArray(text).replace('\'', '"');
 }
 
-QByteArray storedBytes()
+SavedLinksFile savedFile()
 {
-    return QSettings().value(key).toByteArray();
+    return {SavedLinksFile::defaultFolder(), key};
 }
 
-void store(const QByteArray &bytes)
+SavedLinksFile previousFile()
 {
-    QSettings settings;
-    settings.setValue(key, bytes);
-    settings.sync();
+    return {SavedLinksFile::defaultFolder(), previousKey};
 }
 
 QByteArray fileBytes(const QString &path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(missing)");
+}
+
+void writeFile(const QString &path, const QByteArray &bytes)
+{
+    QDir().mkpath(QFileInfo(path).path());
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(bytes), bytes.size());
+}
+
+void storeInSettings(const QString &settingsKey, const QByteArray &bytes)
+{
+    QSettings settings;
+    settings.setValue(settingsKey, bytes);
+    settings.sync();
 }
 
 QList<PlaylistEntry> manyEntries(int count)
@@ -63,6 +84,46 @@ QList<PlaylistEntry> manyEntries(int count)
     return entries;
 }
 
+// Waits until the list as the store holds it now has been written; the failure, if any.
+LocalM3UStore::SaveOutcome waitUntilSaved(LocalM3UStore &store)
+{
+    std::optional<LocalM3UStore::SaveOutcome> outcome;
+    store.whenSaved(&store, [&](const LocalM3UStore::SaveOutcome &o) { outcome = o; });
+    if (!QTest::qWaitFor([&] { return outcome.has_value(); }, 30'000))
+        return u"(no outcome)"_s;
+    return *outcome;
+}
+
+// What a store made after this one has written its list reads.
+QList<PlaylistEntry> reopened(LocalM3UStore &store)
+{
+    waitUntilSaved(store);
+    LocalM3UStore later;
+    later.waitForLoad();
+    return later.entries();
+}
+
+// Runs work while files of this process may not grow beyond 4 KiB: writes fail as on a full disk.
+void onAFullDisk(const std::function<void()> &work)
+{
+    rlimit previous{};
+    getrlimit(RLIMIT_FSIZE, &previous);
+    const auto previousHandler = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit small = previous;
+    small.rlim_cur = 4096;
+    setrlimit(RLIMIT_FSIZE, &small);
+    work();
+    setrlimit(RLIMIT_FSIZE, &previous);
+    std::signal(SIGXFSZ, previousHandler);
+}
+
+QList<PlaylistEntry> freshlyLoaded()
+{
+    LocalM3UStore store;
+    store.waitForLoad();
+    return store.entries();
+}
+
 } // namespace
 
 class tst_LocalM3UStore : public QObject
@@ -70,17 +131,25 @@ class tst_LocalM3UStore : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { useTemporaryHome(); }
     void init()
     {
-        QSettings().remove(key);
-        QSettings().remove(PlaylistTexts::previousEntriesKey.toString());
+        QSettings settings;
+        settings.remove(key);
+        settings.remove(previousKey);
+        settings.sync();
+        QDir(SavedLinksFile::defaultFolder()).removeRecursively();
     }
 
-    void storesTheListUnderItsKey();
+    void storesTheListInAFileOfItsOwn();
     void ignoresBadStoredDataUntilTheNextChange_data();
     void ignoresBadStoredDataUntilTheNextChange();
+    void movesTheSettingsValueIntoTheFileOnce_data();
+    void movesTheSettingsValueIntoTheFileOnce();
+    void changesWaitForTheListToBeRead();
     void keepsAHugeList();
+    void collapsesWritesThatPileUp();
+    void reportsAFailedWriteAndWritesAgain();
+    void killedWriterLeavesAWholeList();
     void savesAtTheFront();
     void editsAndDeletes();
     void keepsWhatAReplacementTookThePlaceOf();
@@ -92,19 +161,22 @@ private Q_SLOTS:
     void namesTheExportAfterTheDay();
 };
 
-void tst_LocalM3UStore::storesTheListUnderItsKey()
+void tst_LocalM3UStore::storesTheListInAFileOfItsOwn()
 {
     LocalM3UStore store;
-    store.setEntries(manyEntries(3));
-    QVERIFY(store.persist());
-    QCOMPARE(storedBytes(), PlaylistJson::encode(store.entries()));
-    QCOMPARE(LocalM3UStore().entries(), store.entries());
+    store.replaceAll(manyEntries(3));
+    QCOMPARE(waitUntilSaved(store), std::nullopt);
+    QCOMPARE(fileBytes(savedFile().path()), PlaylistJson::encode(store.entries()));
+    QCOMPARE(freshlyLoaded(), store.entries());
+    // The settings store is left alone.
+    QVERIFY(!QSettings().contains(key));
 }
 
 void tst_LocalM3UStore::ignoresBadStoredDataUntilTheNextChange_data()
 {
     QTest::addColumn<QByteArray>("stored");
     QTest::newRow("not JSON") << json("\x89PNG\r\n\x1a\n not json");
+    QTest::newRow("cut short") << json("[{'id':'E621E1F8-C36C-495A-93FC-0C247A3E6E5F','name':'A'");
     QTest::newRow("one record without url")
         << json("[{'id':'E621E1F8-C36C-495A-93FC-0C247A3E6E5F','name':'A','url':'http:\\/\\/a'},"
                 "{'id':'0F8FAD5B-D9CB-469F-A165-70867728950E','name':'B'}]");
@@ -113,14 +185,65 @@ void tst_LocalM3UStore::ignoresBadStoredDataUntilTheNextChange_data()
 void tst_LocalM3UStore::ignoresBadStoredDataUntilTheNextChange()
 {
     QFETCH(QByteArray, stored);
-    store(stored);
+    writeFile(savedFile().path(), stored);
     LocalM3UStore localStore;
+    localStore.waitForLoad();
     QVERIFY(localStore.entries().isEmpty());
-    QCOMPARE(storedBytes(), stored); // untouched by loading
+    QCOMPARE(fileBytes(savedFile().path()), stored); // untouched by loading
+    QCOMPARE(fileBytes(savedFile().damagedCopyPath()), stored);
 
     const PlaylistEntry saved =
         localStore.saveOrMoveToFront({u"A"_s, address(u"http://a/"_s), {}, {}, {}});
-    QCOMPARE(LocalM3UStore().entries(), QList<PlaylistEntry>{saved});
+    QCOMPARE(reopened(localStore), QList<PlaylistEntry>{saved});
+    QCOMPARE(fileBytes(savedFile().damagedCopyPath()), stored); // kept for the user
+}
+
+void tst_LocalM3UStore::movesTheSettingsValueIntoTheFileOnce_data()
+{
+    QTest::addColumn<bool>("damaged");
+    QTest::newRow("a list") << false;
+    QTest::newRow("damaged bytes") << true;
+}
+
+void tst_LocalM3UStore::movesTheSettingsValueIntoTheFileOnce()
+{
+    QFETCH(bool, damaged);
+    const QList<PlaylistEntry> saved = manyEntries(1000);
+    const QList<PlaylistEntry> previous = manyEntries(2);
+    const QByteArray savedBytes =
+        damaged ? PlaylistJson::encode(saved).chopped(1) : PlaylistJson::encode(saved);
+    storeInSettings(key, savedBytes);
+    storeInSettings(previousKey, PlaylistJson::encode(previous));
+
+    LocalM3UStore store;
+    store.waitForLoad();
+    QCOMPARE(store.entries(), damaged ? QList<PlaylistEntry>() : saved);
+    QCOMPARE(store.hasPrevious(), true);
+    // The very bytes move; damaged ones stay as they were, now in the file.
+    QCOMPARE(fileBytes(savedFile().path()), savedBytes);
+    QCOMPARE(fileBytes(previousFile().path()), PlaylistJson::encode(previous));
+    QTRY_VERIFY(!QSettings().contains(key) && !QSettings().contains(previousKey));
+
+    // Once moved, the file is the list: a value that turns up in the settings again is no list.
+    store.removeAll();
+    waitUntilSaved(store);
+    storeInSettings(key, PlaylistJson::encode(saved));
+    QVERIFY(freshlyLoaded().isEmpty());
+}
+
+void tst_LocalM3UStore::changesWaitForTheListToBeRead()
+{
+    const QList<PlaylistEntry> saved = manyEntries(100'000);
+    writeFile(savedFile().path(), PlaylistJson::encode(saved));
+
+    // A change at once, before the list can have been read, goes on top of it.
+    LocalM3UStore store;
+    const PlaylistEntry added =
+        store.saveOrMoveToFront({u"New"_s, address(u"http://new/"_s), {}, {}, {}});
+    QVERIFY(store.isLoaded());
+    QCOMPARE(store.entries().size(), saved.size() + 1);
+    QCOMPARE(store.entries().constFirst(), added);
+    QCOMPARE(reopened(store).size(), saved.size() + 1);
 }
 
 void tst_LocalM3UStore::keepsAHugeList()
@@ -128,7 +251,91 @@ void tst_LocalM3UStore::keepsAHugeList()
     const QList<PlaylistEntry> entries = manyEntries(200'000);
     LocalM3UStore store;
     store.replaceAll(entries);
-    QCOMPARE(LocalM3UStore().entries(), entries);
+    QCOMPARE(reopened(store), entries);
+}
+
+void tst_LocalM3UStore::collapsesWritesThatPileUp()
+{
+    LocalM3UStore store;
+    store.replaceAll(manyEntries(100'000));
+    // Every change is confirmed, by the write of its own list or of a newer one.
+    int confirmed = 0;
+    for (int i = 0; i < 50; ++i) {
+        store.saveOrMoveToFront(
+            {u"Link %1"_s.arg(i), address(u"http://a/%1"_s.arg(i)), {}, {}, {}});
+        store.whenSaved(&store, [&](const LocalM3UStore::SaveOutcome &outcome) {
+            confirmed += outcome ? 0 : 1;
+        });
+    }
+    const QList<PlaylistEntry> last = store.entries();
+    QTRY_COMPARE_WITH_TIMEOUT(confirmed, 50, 30'000);
+    QCOMPARE(fileBytes(savedFile().path()), PlaylistJson::encode(last));
+}
+
+void tst_LocalM3UStore::reportsAFailedWriteAndWritesAgain()
+{
+    const QList<PlaylistEntry> before = manyEntries(3);
+    {
+        LocalM3UStore store;
+        store.replaceAll(before);
+        QCOMPARE(waitUntilSaved(store), std::nullopt);
+    }
+    const QByteArray beforeBytes = fileBytes(savedFile().path());
+
+    auto store = std::make_unique<LocalM3UStore>();
+    QSignalSpy failures(store.get(), &LocalM3UStore::saveFailed);
+    LocalM3UStore::SaveOutcome outcome;
+    onAFullDisk([&] {
+        store->replaceAll(manyEntries(2000));
+        outcome = waitUntilSaved(*store);
+    });
+
+    QVERIFY(outcome.has_value());
+    QCOMPARE(failures.size(), 1);
+    QCOMPARE(failures.at(0).at(0).toString(), *outcome);
+    QCOMPARE(fileBytes(savedFile().path()), beforeBytes); // the old list, whole
+    QCOMPARE(QDir(SavedLinksFile::defaultFolder()).entryList(QDir::Files).size(), 2);
+
+    // Nothing changed since, and the disk has room again: the end writes what failed.
+    const QList<PlaylistEntry> unsaved = store->entries();
+    store.reset();
+    QCOMPARE(freshlyLoaded(), unsaved);
+}
+
+void tst_LocalM3UStore::killedWriterLeavesAWholeList()
+{
+    // A child process writes two lists in turn as fast as it can and is killed at random moments;
+    // the file must always read as one of them, whole.
+    const QList<PlaylistEntry> small = manyEntries(5'000);
+    const QList<PlaylistEntry> large = manyEntries(20'000);
+    const QString smallPath = QDir::temp().filePath(u"velm-small.json"_s);
+    const QString largePath = QDir::temp().filePath(u"velm-large.json"_s);
+    writeFile(smallPath, PlaylistJson::encode(small));
+    writeFile(largePath, PlaylistJson::encode(large));
+    writeFile(savedFile().path(), PlaylistJson::encode(small));
+
+    QRandomGenerator random(20261123);
+    for (int round = 0; round < 12; ++round) {
+        QProcess writer;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(u"VELM_ALTERNATE_WRITER"_s, smallPath + u'|' + largePath);
+        writer.setProcessEnvironment(environment);
+        writer.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        writer.start(QCoreApplication::applicationFilePath(), {});
+        QVERIFY(writer.waitForStarted());
+        QVERIFY(writer.waitForReadyRead(30'000)); // it has begun writing
+        QThread::msleep(random.bounded(5, 400));
+        ::kill(pid_t(writer.processId()), SIGKILL);
+        QVERIFY(writer.waitForFinished());
+        const std::optional<QList<PlaylistEntry>> read =
+            PlaylistJson::decodeList(fileBytes(savedFile().path()));
+        QVERIFY2(read && (*read == small || *read == large), qPrintable(u"round %1"_s.arg(round)));
+    }
+    // Nor do killed writes leave pieces behind.
+    QCOMPARE(QDir(SavedLinksFile::defaultFolder()).entryList(QDir::Files | QDir::Hidden),
+             QStringList{QFileInfo(savedFile().path()).fileName()});
+    QFile::remove(smallPath);
+    QFile::remove(largePath);
 }
 
 void tst_LocalM3UStore::savesAtTheFront()
@@ -161,7 +368,7 @@ void tst_LocalM3UStore::savesAtTheFront()
     QCOMPARE(blank.name, u"sport"_s);
     QCOMPARE(blank.countryCode, u"TR"_s);
     QCOMPARE(blank.groupTitle, u"Sport"_s);
-    QCOMPARE(LocalM3UStore().entries(), store.entries());
+    QCOMPARE(reopened(store), store.entries());
 }
 
 void tst_LocalM3UStore::editsAndDeletes()
@@ -181,10 +388,10 @@ void tst_LocalM3UStore::editsAndDeletes()
                                  {u"Gone"_s, address(u"http://gone/"_s), {}, {}, {}}));
 
     store.remove(first.id);
-    QCOMPARE(LocalM3UStore().entries(), QList<PlaylistEntry>{edited});
+    QCOMPARE(reopened(store), QList<PlaylistEntry>{edited});
     store.removeAll();
-    QVERIFY(LocalM3UStore().entries().isEmpty());
-    QCOMPARE(storedBytes(), QByteArray("[]"));
+    QVERIFY(reopened(store).isEmpty());
+    QCOMPARE(fileBytes(savedFile().path()), QByteArray("[]"));
 }
 
 void tst_LocalM3UStore::keepsWhatAReplacementTookThePlaceOf()
@@ -196,16 +403,20 @@ void tst_LocalM3UStore::keepsWhatAReplacementTookThePlaceOf()
     QVERIFY(!store.hasPrevious());
     store.replaceAll(imported);
     QVERIFY(store.hasPrevious());
-    QCOMPARE(LocalM3UStore().entries(), imported);
-    QVERIFY(LocalM3UStore().hasPrevious()); // kept across launches
+    QCOMPARE(reopened(store), imported);
+    {
+        LocalM3UStore again;
+        again.waitForLoad();
+        QVERIFY(again.hasPrevious()); // kept across launches
+    }
 
     LocalM3UStore later;
     later.restorePrevious();
     QCOMPARE(later.entries(), mine);
-    QCOMPARE(LocalM3UStore().entries(), mine);
+    QCOMPARE(reopened(later), mine);
     // What the restore replaced is kept in turn: restoring again undoes it.
     later.restorePrevious();
-    QCOMPARE(LocalM3UStore().entries(), imported);
+    QCOMPARE(reopened(later), imported);
     // The same list again replaces nothing.
     later.replaceAll(imported);
     later.restorePrevious();
@@ -276,18 +487,10 @@ void tst_LocalM3UStore::failedExportKeepsTheOldFile()
 
     LocalM3UStore store;
     store.replaceAll(manyEntries(2000));
+    QCOMPARE(waitUntilSaved(store), std::nullopt);
     std::optional<QString> failure;
     if (fullDisk) {
-        // Files may not grow beyond 4 KiB: writes fail as on a full disk.
-        rlimit previous{};
-        getrlimit(RLIMIT_FSIZE, &previous);
-        const auto previousHandler = std::signal(SIGXFSZ, SIG_IGN);
-        rlimit small = previous;
-        small.rlim_cur = 4096;
-        setrlimit(RLIMIT_FSIZE, &small);
-        failure = M3UExport::write(path, store.entries());
-        setrlimit(RLIMIT_FSIZE, &previous);
-        std::signal(SIGXFSZ, previousHandler);
+        onAFullDisk([&] { failure = M3UExport::write(path, store.entries()); });
     } else {
         QFile::setPermissions(folder.path(), QFile::ReadOwner | QFile::ExeOwner | QFile::ReadOther |
                                                  QFile::ExeOther);
@@ -305,7 +508,7 @@ void tst_LocalM3UStore::failedExportKeepsTheOldFile()
     QVERIFY(!failure->isEmpty());
     QCOMPARE(fileBytes(path), QByteArray("#EXTM3U\nold\n"));
     QCOMPARE(QDir(folder.path()).entryList(QDir::Files), QStringList{u"list.m3u"_s});
-    QCOMPARE(LocalM3UStore().entries().size(), 2000);
+    QCOMPARE(reopened(store).size(), 2000);
 }
 
 void tst_LocalM3UStore::namesTheExportAfterTheDay()
@@ -313,5 +516,35 @@ void tst_LocalM3UStore::namesTheExportAfterTheDay()
     QCOMPARE(M3UExport::defaultFileName(QDate(2026, 11, 6)), u"VelmPlayerPro 2026-11-06.m3u"_s);
 }
 
-QTEST_GUILESS_MAIN(tst_LocalM3UStore)
+// Run with VELM_ALTERNATE_WRITER="SMALL|LARGE", the test program is the writer that
+// killedWriterLeavesAWholeList kills: it saves the two lists in turn until it is stopped.
+int alternateWriter(const QString &paths)
+{
+    const QStringList files = paths.split(u'|');
+    const QList<PlaylistEntry> lists[] = {*PlaylistJson::decodeList(fileBytes(files.at(0))),
+                                          *PlaylistJson::decodeList(fileBytes(files.at(1)))};
+    LocalM3UStore store;
+    store.waitForLoad();
+    for (int i = 0;; ++i) {
+        store.setEntries(lists[i % 2]);
+        store.persist();
+        waitUntilSaved(store);
+        if (i == 0)
+            std::fputs("writing\n", stdout), std::fflush(stdout);
+    }
+}
+
+int main(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    if (const QString writer = qEnvironmentVariable("VELM_ALTERNATE_WRITER"); !writer.isEmpty()) {
+        // In the home of the test that started it.
+        QCoreApplication::setOrganizationName(u"VelmPlayerPro"_s);
+        QCoreApplication::setApplicationName(u"VelmPlayerPro"_s);
+        return alternateWriter(writer);
+    }
+    useTemporaryHome();
+    tst_LocalM3UStore test;
+    return QTest::qExec(&test, argc, argv);
+}
 #include "tst_LocalM3UStore.moc"

@@ -114,6 +114,21 @@ void tst_PlaylistJson::decodesStrictly_data()
         << ("[" + minimal + "}," + "{\"name\":\"B\"}]") << -1;
     QTest::newRow("element not an object") << QByteArray("[1]") << -1;
     QTest::newRow("damaged") << list("").chopped(1) << -1;
+    // The forms a hand or another tool may give, read alike by both readers.
+    QTest::newRow("white space between tokens")
+        << QByteArray("\n[ {\t" + id + " ,\r\n \"name\" : \"A\" , \"url\":\"a\" } ]\n") << 1;
+    QTest::newRow("escapes")
+        << list(",\"groupTitle\":\"\\u00e9\\ud83d\\ude00\\n\\\"\\\\\\/\\b\\f\\r\\t\"") << 1;
+    QTest::newRow("duplicate key") << list(",\"name\":\"B\"") << 1;
+    QTest::newRow("empty object") << QByteArray("[{}]") << -1;
+    QTest::newRow("byte-order mark first") << "\xEF\xBB\xBF" + list("") << -1;
+    QTest::newRow("invalid UTF-8 in a name") << list(",\"groupTitle\":\"\xC3\x28\"") << -1;
+    // Qt's reader lets these two pass; so does the store.
+    QTest::newRow("control character in a name") << list(",\"groupTitle\":\"a\x01\"") << 1;
+    QTest::newRow("text after the array") << list("") + " x" << -1;
+    QTest::newRow("two arrays") << list("") + list("") << -1;
+    QTest::newRow("unknown escape") << list(",\"groupTitle\":\"\\x41\"") << 1;
+    QTest::newRow("short unicode escape") << list(",\"groupTitle\":\"\\u00\"") << -1;
 }
 
 void tst_PlaylistJson::decodesStrictly()
@@ -122,6 +137,7 @@ void tst_PlaylistJson::decodesStrictly()
     QFETCH(int, count);
     const std::optional<QList<PlaylistEntry>> decoded = PlaylistJson::decodeList(json);
     QCOMPARE(decoded ? int(decoded->size()) : -1, count);
+    QCOMPARE(decoded, PlaylistJson::decodeDocument(json));
 }
 
 void tst_PlaylistJson::equalityAndHashCoverEveryField()

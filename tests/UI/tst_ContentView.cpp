@@ -7,6 +7,7 @@
 #include "Player/PlayerModel.h"
 #include "Playlist/ChannelListModel.h"
 #include "Playlist/PlaylistTexts.h"
+#include "Playlist/SavedLinksFile.h"
 #include "Surface/PlayerSurface.h"
 #include "TestData.h"
 #include "TestHome.h"
@@ -20,7 +21,7 @@
 #include "UI/ChannelRowDelegate.h"
 #include "UI/ContentState.h"
 #include "UI/ContentView.h"
-#include "UI/DialogLocalM3UExportPrompts.h"
+#include "UI/DialogLocalM3UPrompts.h"
 #include "UI/DialogMediaFileChooser.h"
 #include "UI/LinkEditorDialog.h"
 #include "UI/LocalM3UActions.h"
@@ -142,6 +143,7 @@ private Q_SLOTS:
     void linkEditorRefusesThenSavesAndEdits();
     void deletingAsksFirst();
     void importAndExportGoThroughTheirDialogs();
+    void failedSaveIsToldAndNeverConfirmed();
     void controlBarShowsTimesAndSeeksOnRelease();
     void displayModeMenuHidesTheSidebar();
     void fullScreenControlsAndCursorHideOnTheirOwn();
@@ -163,7 +165,7 @@ private:
     PlayerModel *m_model = nullptr;
     std::unique_ptr<LocalM3UStore> m_store;
     std::unique_ptr<DialogMediaFileChooser> m_chooser;
-    std::unique_ptr<DialogLocalM3UExportPrompts> m_prompts;
+    std::unique_ptr<DialogLocalM3UPrompts> m_prompts;
     std::unique_ptr<LocalM3UActions> m_actions;
     std::unique_ptr<ContentView> m_view;
 };
@@ -195,15 +197,15 @@ void tst_ContentView::init()
     m_views = std::make_unique<TestViews>();
     m_player = std::make_unique<TestPlayer>(MpvEngine::Output::render);
     m_model = &m_player->model;
-    QSettings().remove(PlaylistTexts::previousEntriesKey.toString());
+    QDir(SavedLinksFile::defaultFolder()).removeRecursively();
     m_store = std::make_unique<LocalM3UStore>();
     m_store->removeAll();
     m_actions = std::make_unique<LocalM3UActions>(*m_model, *m_store);
     m_view = std::make_unique<ContentView>(*m_model, *m_actions, m_views->services(*m_player));
     m_chooser = std::make_unique<DialogMediaFileChooser>(m_view.get());
-    m_prompts = std::make_unique<DialogLocalM3UExportPrompts>(m_view.get());
+    m_prompts = std::make_unique<DialogLocalM3UPrompts>(m_view.get());
     m_model->setFileChooser(m_chooser.get());
-    m_actions->setExportPrompts(m_prompts.get());
+    m_actions->setPrompts(m_prompts.get());
     m_view->resize(1000, 600);
     m_view->show();
     QVERIFY(QTest::qWaitForWindowExposed(m_view.get()));
@@ -529,6 +531,40 @@ void tst_ContentView::deletingAsksFirst()
                       Qt::LeftButton);
     QTRY_VERIFY(m_store->entries().isEmpty());
     QVERIFY(local()->emptyText()->isVisible());
+}
+
+void tst_ContentView::failedSaveIsToldAndNeverConfirmed()
+{
+    loadPlaylist();
+    // A folder where the list's file should be: no write can put the file there.
+    const QString file =
+        SavedLinksFile(SavedLinksFile::defaultFolder(), PlaylistTexts::savedEntriesKey.toString())
+            .path();
+    bool settled = false;
+    m_store->whenSaved(this, [&](const LocalM3UStore::SaveOutcome &) { settled = true; });
+    QTRY_VERIFY(settled);
+    QVERIFY(QFile::remove(file));
+    QVERIFY(QDir().mkpath(file + u"/in-the-way"_s));
+    m_actions->saveToLocalM3U(m_model->playlist().at(0));
+    QMessageBox *alert = nullptr;
+    QTRY_VERIFY((alert = m_view->findChild<QMessageBox *>()) && alert->isVisible());
+    QCOMPARE(alert->text(), PlaylistTexts::saveFailed.toString());
+    QVERIFY(alert->informativeText().contains(PlaylistTexts::saveFailedAdvice));
+    QCOMPARE(alert->windowModality(), Qt::WindowModal); // the window goes on meanwhile
+    // A second failure while the alert is open updates it instead of stacking another.
+    m_actions->saveToLocalM3U(m_model->playlist().at(1));
+    QTest::qWait(300);
+    QCOMPARE(m_view->findChildren<QMessageBox *>().size(), 1);
+    QVERIFY(
+        !m_model->toastMessage().value_or(QString()).startsWith(PlaylistTexts::savedToLocalM3U));
+
+    // Once the file can be written, the next save lands and is confirmed.
+    alert->button(QMessageBox::Ok)->click();
+    QVERIFY(QDir(file).removeRecursively());
+    m_actions->saveToLocalM3U(m_model->playlist().at(2));
+    QTRY_COMPARE(m_model->toastMessage(),
+                 std::optional(PlaylistTexts::savedToLocalM3U.toString() + u"Arena"_s));
+    QCOMPARE(m_store->entries().size(), 3);
 }
 
 void tst_ContentView::importAndExportGoThroughTheirDialogs()

@@ -1,4 +1,4 @@
-#include "UI/DialogLocalM3UExportPrompts.h"
+#include "UI/DialogLocalM3UPrompts.h"
 
 #include "Playlist/PlaylistTexts.h"
 
@@ -8,8 +8,7 @@
 
 using namespace Qt::StringLiterals;
 
-std::optional<QString>
-DialogLocalM3UExportPrompts::chooseExportFile(const QString &suggestedFileName)
+std::optional<QString> DialogLocalM3UPrompts::chooseExportFile(const QString &suggestedFileName)
 {
     QFileDialog dialog(m_window, PlaylistTexts::exportDialogTitle.toString());
     dialog.setAcceptMode(QFileDialog::AcceptSave);
@@ -24,10 +23,25 @@ DialogLocalM3UExportPrompts::chooseExportFile(const QString &suggestedFileName)
     return dialog.selectedFiles().constFirst();
 }
 
-void DialogLocalM3UExportPrompts::showExportFailure(const QString &description)
+void DialogLocalM3UPrompts::showExportFailure(const QString &description)
 {
     QMessageBox alert(QMessageBox::Warning, PlaylistTexts::exportFailed.toString(),
                       PlaylistTexts::exportFailed.toString(), QMessageBox::Ok, m_window);
     alert.setInformativeText(description);
     alert.exec();
+}
+
+void DialogLocalM3UPrompts::showSaveFailure(const QString &description)
+{
+    const QString text = description + u"\n\n"_s + PlaylistTexts::saveFailedAdvice.toString();
+    if (m_saveFailure) {
+        m_saveFailure->setInformativeText(text);
+        return;
+    }
+    m_saveFailure =
+        new QMessageBox(QMessageBox::Warning, PlaylistTexts::saveFailed.toString(),
+                        PlaylistTexts::saveFailed.toString(), QMessageBox::Ok, m_window);
+    m_saveFailure->setAttribute(Qt::WA_DeleteOnClose);
+    m_saveFailure->setInformativeText(text);
+    m_saveFailure->open();
 }
