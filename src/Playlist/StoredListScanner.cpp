@@ -1,6 +1,7 @@
 #include "Playlist/StoredListScanner.h"
 
 #include <QString>
+#include <QStringDecoder>
 
 #include <string>
 #include <string_view>
@@ -79,6 +80,18 @@ void appendUtf8(std::string &out, char32_t c)
     }
 }
 
+// The text of UTF-8 bytes, a leading U+FEFF kept: QString::fromUtf8 would drop it as a byte-order
+// mark, and a name may begin with it.
+QString textOf(QByteArrayView bytes)
+{
+    static constexpr QByteArrayView byteOrderMark("\xEF\xBB\xBF");
+    if (!bytes.startsWith(byteOrderMark))
+        return QString::fromUtf8(bytes);
+    QStringDecoder decoder(QStringConverter::Utf8, QStringConverter::Flag::ConvertInitialBom |
+                                                       QStringConverter::Flag::Stateless);
+    return decoder(bytes);
+}
+
 // Equal groups and countries, met thousands of times in a long list, become one shared string,
 // looked up by their bytes so that a repeat costs no conversion.
 class BytePool
@@ -89,7 +102,7 @@ public:
         const std::string_view key(bytes.data(), size_t(bytes.size()));
         if (const auto found = m_strings.find(key); found != m_strings.end())
             return found->second;
-        return m_strings.emplace(std::string(key), QString::fromUtf8(bytes)).first->second;
+        return m_strings.emplace(std::string(key), textOf(bytes)).first->second;
     }
 
 private:
@@ -317,7 +330,7 @@ private:
         if (!id || !isCanonicalUuid(*id) || !name || !url)
             return std::nullopt;
         PlaylistEntry entry{QUuid::fromString(QLatin1StringView(*id)),
-                            QString::fromUtf8(*name),
+                            textOf(*name),
                             {},
                             std::nullopt,
                             std::nullopt,

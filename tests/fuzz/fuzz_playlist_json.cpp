@@ -14,7 +14,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     if (!entries)
         return 0;
     const QByteArray written = PlaylistJson::encode(*entries);
-    FUZZ_CHECK(StoredListScanner::scan(written) == entries);
+    // The fast reader may leave a list to the general one (a lone surrogate), never misread it.
+    if (const std::optional<QList<PlaylistEntry>> again = StoredListScanner::scan(written))
+        FUZZ_CHECK(again == entries);
     FUZZ_CHECK(PlaylistJson::decodeDocument(written) == entries);
     FUZZ_CHECK(PlaylistJson::encode(*PlaylistJson::decodeList(written)) == written);
     return 0;
