@@ -14,6 +14,7 @@
 #include <QSignalSpy>
 #include <QTest>
 #include <QThread>
+#include <QThreadPool>
 
 #include <csignal>
 #include <cstdio>
@@ -133,6 +134,8 @@ class tst_LocalM3UStore : public QObject
 private Q_SLOTS:
     void init()
     {
+        // A store of the last test may still be clearing the settings it moved out of.
+        QThreadPool::globalInstance()->waitForDone();
         QSettings settings;
         settings.remove(key);
         settings.remove(previousKey);
