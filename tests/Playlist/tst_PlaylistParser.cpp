@@ -171,14 +171,15 @@ void tst_PlaylistParser::readsEveryListOfTheCorpus()
     };
     collect(QDir(testData(QString())));
     const qsizetype own = files.size();
-    if (const std::optional<QDir> corpus = sharedCorpus())
+    const std::optional<QDir> corpus = extraCorpus();
+    if (corpus) {
         collect(*corpus);
-    if (sharedCorpus())
         qInfo("%lld lists of the repository and %lld of the corpus at %s", qlonglong(own),
-              qlonglong(files.size() - own), VELM_SHARED_TESTDATA);
-    else
-        qInfo("%lld lists of the repository; no corpus at %s", qlonglong(own),
-              VELM_SHARED_TESTDATA);
+              qlonglong(files.size() - own), qPrintable(corpus->path()));
+    } else {
+        qInfo("%lld lists of the repository; no extra corpus named (VELM_EXTRA_PLAYLISTS)",
+              qlonglong(own));
+    }
     QVERIFY(own >= 10);
 
     QSet<QUuid> ids;

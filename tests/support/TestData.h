@@ -24,10 +24,11 @@ inline QByteArray readTestData(const QString &relativePath)
     return file.readAll();
 }
 
-// The larger corpus of real playlists that may lie beside the checkout (../shared/testdata);
-// nothing when it is not there. Tests read it only in addition to the repository's own data.
-inline std::optional<QDir> sharedCorpus()
+// A larger corpus of real playlists named by the environment (VELM_EXTRA_PLAYLISTS, a folder);
+// nothing when none is named or it is not there. Tests read it only in addition to the
+// repository's own data.
+inline std::optional<QDir> extraCorpus()
 {
-    QDir corpus(QStringLiteral(VELM_SHARED_TESTDATA));
-    return corpus.exists() ? std::optional(corpus) : std::nullopt;
+    const QString folder = qEnvironmentVariable("VELM_EXTRA_PLAYLISTS");
+    return !folder.isEmpty() && QDir(folder).exists() ? std::optional(QDir(folder)) : std::nullopt;
 }
