@@ -229,13 +229,10 @@ void ControlCommands::filteredCount(const QJsonArray &arguments, const Reply &re
     // The saved links count once they are read; until then the panel lists none of them.
     LocalM3UStore &store = m_localM3U.store();
     if (!store.isLoaded()) {
-        auto *connection = new QMetaObject::Connection;
-        *connection = connect(&store, &LocalM3UStore::loadedChanged, this,
-                              [this, arguments, reply, connection] {
-                                  QObject::disconnect(*connection);
-                                  delete connection;
-                                  filteredCount(arguments, reply);
-                              });
+        connect(
+            &store, &LocalM3UStore::loadedChanged, this,
+            [this, arguments, reply] { filteredCount(arguments, reply); },
+            Qt::SingleShotConnection);
         return;
     }
     ChannelListModel &list = m_content.state().displayedChannels();

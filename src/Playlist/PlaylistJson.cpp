@@ -109,9 +109,10 @@ std::optional<PlaylistEntry> PlaylistJson::decodeEntry(const QJsonObject &object
     return optionalsDecode ? std::optional(std::move(entry)) : std::nullopt;
 }
 
-std::optional<QList<PlaylistEntry>> PlaylistJson::decodeList(QByteArrayView json)
+std::optional<QList<PlaylistEntry>>
+PlaylistJson::decodeList(QByteArrayView json, const StoredListScanner::Progress &progress)
 {
-    if (std::optional<QList<PlaylistEntry>> written = StoredListScanner::scan(json))
+    if (std::optional<QList<PlaylistEntry>> written = StoredListScanner::scan(json, progress))
         return written;
     return decodeDocument(json.toByteArray());
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Playlist/PlaylistEntry.h"
+#include "Playlist/StoredListScanner.h"
 
 #include <QByteArray>
 #include <QByteArrayView>
@@ -27,6 +28,8 @@ public:
     static std::optional<PlaylistEntry> decodeEntry(const QJsonObject &object);
     // Lists in the form this store writes are read straight from the bytes; anything else goes
     // through the general JSON reader (decodeDocument), which both give the same list for.
-    static std::optional<QList<PlaylistEntry>> decodeList(QByteArrayView json);
+    // Progress is told of the bytes read for good, as StoredListScanner tells it.
+    static std::optional<QList<PlaylistEntry>>
+    decodeList(QByteArrayView json, const StoredListScanner::Progress &progress = {});
     static std::optional<QList<PlaylistEntry>> decodeDocument(const QByteArray &json);
 };

@@ -1,7 +1,6 @@
 #include "Playlist/SavedLinksFile.h"
 
 #include "Playlist/PlaylistJson.h"
-#include "Playlist/StoredListScanner.h"
 
 #include <QDir>
 #include <QFile>
@@ -78,10 +77,8 @@ QList<PlaylistEntry> SavedLinksFile::read() const
     // memory beside the entries made from it.
     if (uchar *mapped = file.size() > 0 ? file.map(0, file.size()) : nullptr) {
         const QByteArrayView text(reinterpret_cast<const char *>(mapped), file.size());
-        entries = StoredListScanner::scan(
+        entries = PlaylistJson::decodeList(
             text, [mapped](qsizetype doneBytes) { releasePages(mapped, doneBytes); });
-        if (!entries)
-            entries = PlaylistJson::decodeDocument(text.toByteArray());
         file.unmap(mapped);
     } else {
         entries = PlaylistJson::decodeList(file.readAll());
