@@ -5,7 +5,10 @@
 #include "App/ControlServer.h"
 #include "App/PlayerKeyboardMonitor.h"
 #include "App/PlayerMouseMonitor.h"
+#include "Player/PlayerTiming.h"
+#include "Recording/PulseSystemAudioSource.h"
 #include "UI/ContentView.h"
+#include "UI/PlayerControlBar.h"
 
 #include <QDir>
 #include <QMenuBar>
@@ -13,16 +16,42 @@
 AppSession::AppSession()
     : m_player(m_youtubePlayers, m_okVideoPlayers), m_fileChooser(&m_window), m_prompts(&m_window),
       m_localM3U(m_player, m_localStore),
+      m_recorder(m_surfaces, m_recordingPermission,
+                 [] { return std::make_unique<PulseSystemAudioSource>(); }),
       m_content(new ContentView(
           m_player, m_localM3U,
           {m_notifier, m_surfaces, m_youtubePlayers, m_okVideoPlayers, m_webProfile})),
-      m_commands(m_player, m_localM3U, *m_content, m_window)
+      m_commands(m_player, m_localM3U, *m_content, m_recorder, m_window)
 {
     m_player.setFileChooser(&m_fileChooser);
     m_localM3U.setPrompts(&m_prompts);
     m_window.setContent(m_content);
     new AppMenus(*m_window.menuBar(), m_player); // owned by the menu bar
     connect(&m_window, &AppWindow::appeared, this, &AppSession::installMonitors);
+    connectRecorder();
+}
+
+void AppSession::connectRecorder()
+{
+    PlayerControlBar *bar = m_content->controlBar();
+    bar->setRecordingAvailable(true);
+    connect(bar, &PlayerControlBar::recordingRequested, &m_recorder,
+            qOverload<PlayerRecordingQuality>(&PlayerRecordingController::startRecording));
+    connect(bar, &PlayerControlBar::stopRecordingRequested, &m_recorder,
+            &PlayerRecordingController::stopRecording);
+    connect(&m_recorder, &PlayerRecordingController::stateChanged, bar,
+            [this, bar] { bar->setRecordingState(m_recorder.state()); });
+    connect(&m_recorder, &PlayerRecordingController::errorMessageChanged, m_content, [this] {
+        if (const std::optional<QString> &message = m_recorder.errorMessage())
+            m_content->showRecordingError(*message, m_recorder.requiresScreenRecordingPermission());
+    });
+    connect(&m_recorder, &PlayerRecordingController::lastSavedURLChanged, m_content, [this] {
+        if (const std::optional<QUrl> &url = m_recorder.lastSavedURL())
+            m_content->showRecordingSaved(url->toLocalFile());
+    });
+    connect(
+        &m_recorder, &PlayerRecordingController::notice, &m_player,
+        [this](const QString &text) { m_player.showToast(text, PlayerTiming::toastNanoseconds); });
 }
 
 AppSession::~AppSession() = default;

@@ -5,6 +5,8 @@
 #include "Base/AppNotifier.h"
 #include "Player/PlayerModel.h"
 #include "Playlist/LocalM3UStore.h"
+#include "Recording/GrantedRecordingPermission.h"
+#include "Recording/PlayerRecordingController.h"
 #include "Recording/PlayerSurfaceRegistry.h"
 #include "UI/DialogLocalM3UPrompts.h"
 #include "UI/DialogMediaFileChooser.h"
@@ -49,10 +51,13 @@ public:
     PlayerModel &player() { return m_player; }
     AppWindow &window() { return m_window; }
     ContentView &content() { return *m_content; }
+    PlayerRecordingController &recorder() { return m_recorder; }
 
 private:
     // Keys and mouse movements anywhere in the application reach the player from now on.
     void installMonitors();
+    // The control bar drives the recorder; the window tells how recordings end.
+    void connectRecorder();
 
     // Declared before everything that refers to them, so they outlive it.
     AppNotifier m_notifier;
@@ -66,6 +71,8 @@ private:
     DialogMediaFileChooser m_fileChooser;
     DialogLocalM3UPrompts m_prompts;
     LocalM3UActions m_localM3U;
+    GrantedRecordingPermission m_recordingPermission;
+    PlayerRecordingController m_recorder;
     ContentView *m_content; // owned by the window
     ControlCommands m_commands;
     std::unique_ptr<PlayerKeyboardMonitor> m_keyboardMonitor;

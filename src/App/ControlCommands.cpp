@@ -132,8 +132,10 @@ QString typedText(const KeyPress &press)
 } // namespace
 
 ControlCommands::ControlCommands(PlayerModel &model, LocalM3UActions &localM3U,
-                                 ContentView &content, QWidget &window, QObject *parent)
-    : QObject(parent), m_model(model), m_localM3U(localM3U), m_content(content), m_window(window)
+                                 ContentView &content, PlayerRecordingController &recorder,
+                                 QWidget &window, QObject *parent)
+    : QObject(parent), m_model(model), m_localM3U(localM3U), m_content(content),
+      m_recording(recorder, *this), m_window(window)
 {}
 
 void ControlCommands::run(const QJsonArray &command, const Reply &reply)
@@ -165,6 +167,14 @@ void ControlCommands::run(const QJsonArray &command, const Reply &reply)
         {u"export_local_m3u"_s, &ControlCommands::exportLocalM3U},
         {u"restore_local_m3u"_s, &ControlCommands::restoreLocalM3U},
         {u"key"_s, &ControlCommands::key},
+        {u"start_recording"_s,
+         [](ControlCommands &self, const QJsonArray &arguments, const Reply &respond) {
+             self.m_recording.start(arguments, respond);
+         }},
+        {u"stop_recording"_s,
+         [](ControlCommands &self, const QJsonArray &arguments, const Reply &respond) {
+             self.m_recording.stop(arguments, respond);
+         }},
         {u"quit"_s, &ControlCommands::quit},
     };
     if (command.isEmpty() || !command.at(0).isString()) {
@@ -199,6 +209,10 @@ void ControlCommands::getProperty(const QJsonArray &arguments, const Reply &repl
         }
     }
     if (std::optional<QJsonValue> value = ContentControlProperties(m_content).get(name)) {
+        reply({}, *value);
+        return;
+    }
+    if (std::optional<QJsonValue> value = m_recording.get(name)) {
         reply({}, *value);
         return;
     }

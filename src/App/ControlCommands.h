@@ -1,5 +1,7 @@
 #pragma once
 
+#include "App/RecordingControl.h"
+
 #include <QJsonArray>
 #include <QJsonValue>
 #include <QObject>
@@ -10,6 +12,7 @@
 class ContentView;
 class LocalM3UActions;
 class PlayerModel;
+class PlayerRecordingController;
 class QWidget;
 struct PlaylistEntry;
 
@@ -25,7 +28,8 @@ public:
     using Reply = std::function<void(const QString &error, const QJsonValue &data)>;
 
     ControlCommands(PlayerModel &model, LocalM3UActions &localM3U, ContentView &content,
-                    QWidget &window, QObject *parent = nullptr);
+                    PlayerRecordingController &recorder, QWidget &window,
+                    QObject *parent = nullptr);
 
     void run(const QJsonArray &command, const Reply &reply);
 
@@ -61,5 +65,6 @@ private:
     PlayerModel &m_model;
     LocalM3UActions &m_localM3U;
     ContentView &m_content;
+    RecordingControl m_recording;
     QWidget &m_window;
 };

@@ -6,6 +6,7 @@
 #include "Base/AppIdentity.h"
 #include "UI/PlayerTheme.h"
 
+#include <csignal>
 #include <cstdio>
 
 int main(int argc, char **argv)
@@ -30,6 +31,11 @@ int main(int argc, char **argv)
         return 1;
     }
 
+#ifdef SIGXFSZ
+    // A file that grows past the user's size limit fails its write, as a full disk does, and the
+    // recorder says so; by default the process would be killed and the recording lost.
+    std::signal(SIGXFSZ, SIG_IGN);
+#endif
     AppStartup::prepareGraphics();
     AppStartup::enterGuardedStart();
     VelmApplication application(argc, argv);

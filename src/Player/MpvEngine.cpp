@@ -151,6 +151,10 @@ void MpvEngine::setOptions(Output output)
     setOption(m_handle, "vo", output == Output::render ? "libmpv" : "null");
     if (output == Output::headless)
         setOption(m_handle, "ao", "null");
+    // mpv hands over each frame when it is due instead of early: drawing then never sleeps on the
+    // window's thread waiting for a frame's time, which would stall every other event for up to a
+    // frame's length.
+    setOption(m_handle, "video-timing-offset", "0");
     setOption(m_handle, "force-window", "no");
     // Web videos are played by the embedded web players, never through youtube-dl.
     setOption(m_handle, "ytdl", "no");

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Recording/CapturedPicture.h"
+
 class QRect;
 class QWidget;
 
@@ -12,4 +14,7 @@ public:
 
     virtual QWidget *recordingView() = 0;
     virtual QRect recordingRectInView() const = 0;
+    // The pixels of rect (in the view's coordinates) as the view shows them now, without
+    // drawing again; a null image when there is nothing to show yet. Main thread only.
+    virtual CapturedPicture recordingPicture(const QRect &rect) = 0;
 };

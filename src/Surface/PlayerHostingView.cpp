@@ -130,6 +130,29 @@ QRect PlayerHostingView::recordingRectInView() const
     return currentLayout().cropRect.toRect();
 }
 
+CapturedPicture PlayerHostingView::recordingPicture(const QRect &rect)
+{
+    if (!isValid() || m_framesDrawn == 0)
+        return {};
+    const double dpr = devicePixelRatioF();
+    const QSize buffer = size() * dpr;
+    const QRect pixels =
+        QRect(QPoint(int(std::floor(rect.left() * dpr)), int(std::floor(rect.top() * dpr))),
+              QSize(int(std::lround(rect.width() * dpr)), int(std::lround(rect.height() * dpr))))
+            .intersected(QRect(QPoint(0, 0), buffer));
+    if (pixels.isEmpty())
+        return {};
+    QImage image(pixels.size(), QImage::Format_RGBA8888);
+    makeCurrent();
+    glBindFramebuffer(GL_FRAMEBUFFER, defaultFramebufferObject());
+    glPixelStorei(GL_PACK_ALIGNMENT, 4);
+    // OpenGL counts rows from the bottom; the rows arrive bottom first and stay so.
+    glReadPixels(pixels.left(), buffer.height() - pixels.bottom() - 1, pixels.width(),
+                 pixels.height(), GL_RGBA, GL_UNSIGNED_BYTE, image.bits());
+    doneCurrent();
+    return {std::move(image), true};
+}
+
 void PlayerHostingView::initializeGL()
 {
     initializeOpenGLFunctions();
@@ -218,6 +241,7 @@ void PlayerHostingView::paintGL()
     const QSize pixels = size() * devicePixelRatioF();
     glClearColor(0, 0, 0, 1);
     glClear(GL_COLOR_BUFFER_BIT);
+    ++m_framesDrawn;
     if (!m_render)
         return;
     if (m_displayMode == PortraitDisplayMode::normal)

@@ -56,6 +56,10 @@ public:
     QWidget *recordingView() override { return this; }
     // The whole view in the normal mode, else the 9:16 box: a recording holds only what shows.
     QRect recordingRectInView() const override;
+    // Reads back the frame drawn last; the view does not draw again for it.
+    CapturedPicture recordingPicture(const QRect &rect) override;
+    // Frames drawn so far, whatever made them draw.
+    quint64 framesDrawn() const { return m_framesDrawn; }
 
 Q_SIGNALS:
     void horizontalPanChanged();
@@ -101,6 +105,7 @@ private:
     bool m_fillScreen = false;
     double m_horizontalPan = 0;
     bool m_hasNewFrame = false;
+    quint64 m_framesDrawn = 0;
 
     std::unique_ptr<QOpenGLFramebufferObject> m_frame;
     std::unique_ptr<QOpenGLShaderProgram> m_program;

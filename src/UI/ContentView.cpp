@@ -6,6 +6,7 @@
 #include "UI/AddressField.h"
 #include "UI/ChannelLogoLoader.h"
 #include "UI/ContentState.h"
+#include "UI/FileManagerReveal.h"
 #include "UI/LinkEditorDialog.h"
 #include "UI/LocalM3UActions.h"
 #include "UI/LocalM3UPanel.h"
@@ -262,7 +263,8 @@ void ContentView::showRecordingError(const std::optional<QString> &message, bool
 {
     QMessageBox *alert = openAlert(WindowTexts::recordingErrorTitle.toString(),
                                    message.value_or(WindowTexts::recordingErrorUnknown.toString()));
-    alert->addButton(QMessageBox::Ok);
+    // Escape, closing the alert or quitting the application answer OK.
+    alert->setEscapeButton(alert->addButton(QMessageBox::Ok));
     if (permissionMissing) {
         QPushButton *settings =
             alert->addButton(WindowTexts::openSystemSettings.toString(), QMessageBox::ActionRole);
@@ -278,12 +280,9 @@ void ContentView::showRecordingSaved(const QString &path)
     QMessageBox *alert = openAlert(WindowTexts::recordingSavedTitle.toString(),
                                    WindowTexts::recordingSavedMessage.toString());
     alert->setIcon(QMessageBox::Information);
-    alert->addButton(QMessageBox::Ok);
+    alert->setEscapeButton(alert->addButton(QMessageBox::Ok));
     QPushButton *reveal =
-        alert->addButton(WindowTexts::showInFinder.toString(), QMessageBox::ActionRole);
-    connect(reveal, &QPushButton::clicked, this, [path] {
-        // The file manager opens on the folder that holds the recording.
-        QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(path).absolutePath()));
-    });
+        alert->addButton(WindowTexts::showInFileManager.toString(), QMessageBox::ActionRole);
+    connect(reveal, &QPushButton::clicked, this, [path] { FileManagerReveal::reveal(path); });
     alert->open();
 }

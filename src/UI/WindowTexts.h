@@ -14,6 +14,13 @@ inline constexpr QStringView screenCaptureSettingsURL =
 inline constexpr QStringView recordingSavedTitle = u"Recording Saved";
 inline constexpr QStringView recordingSavedMessage = u"The MP4 recording was saved.";
 inline constexpr QStringView showInFinder = u"Show in Finder";
+inline constexpr QStringView showInFolder = u"Show in Folder";
+// The name of revealing a file where the file manager is not Finder.
+#ifdef Q_OS_MACOS
+inline constexpr QStringView showInFileManager = showInFinder;
+#else
+inline constexpr QStringView showInFileManager = showInFolder;
+#endif
 
 // Deleting saved links.
 inline constexpr QStringView clearAllTitle = u"Delete All Local M3U8 Links?";

@@ -113,3 +113,8 @@ void YouTubeHostingView::resizeEvent(QResizeEvent *event)
     QWebEngineView::resizeEvent(event);
     m_failure->setGeometry(rect());
 }
+
+CapturedPicture YouTubeHostingView::recordingPicture(const QRect &rect)
+{
+    return {grab(rect).toImage(), false};
+}

@@ -36,6 +36,8 @@ public:
     void runScript(const QString &script) override;
     QWidget *recordingView() override { return this; }
     QRect recordingRectInView() const override { return rect(); }
+    // The page as the browser last composed it.
+    CapturedPicture recordingPicture(const QRect &rect) override;
 
     // The message shown over the picture, empty while the page is alive.
     QString failureMessage() const;

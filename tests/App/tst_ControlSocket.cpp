@@ -1,5 +1,6 @@
 #include "TestHttpServer.h"
 
+#include <QFileInfo>
 #include <QImage>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -89,6 +90,7 @@ private Q_SLOTS:
     void survivesClientsThatLeaveEarly_data();
     void survivesClientsThatLeaveEarly();
     void repliesWhenTheCommandIsDone();
+    void recordsOnRequest();
     void quitsAndKeepsTheSavedLinks();
 
 private:
@@ -266,6 +268,37 @@ void tst_ControlSocket::repliesWhenTheCommandIsDone()
     QCOMPARE(image.size(), QSize(m_client.data({u"get_property"_s, u"width"_s}).toInt(),
                                  m_client.data({u"get_property"_s, u"height"_s}).toInt()) *
                                image.devicePixelRatio());
+}
+
+void tst_ControlSocket::recordsOnRequest()
+{
+    const QString path = m_home.filePath(u"socket.mp4"_s);
+    const auto start = [&](const QJsonObject &options) {
+        return m_client.request({u"start_recording"_s, options});
+    };
+    QCOMPARE(error(start({{u"path"_s, path}, {u"stopAfter"_s, u"45"_s}})),
+             u"Enter a valid duration such as 30m, 90m or 1.2hr, or leave the field blank for "
+             "manual Stop."_s);
+    QCOMPARE(m_client.data({u"get_property"_s, u"recordingState"_s}), u"idle"_s);
+    QVERIFY(!QFile::exists(path));
+    QCOMPARE(error(start({{u"path"_s, u"relative.mp4"_s}})), u"invalid parameter"_s);
+    QCOMPARE(error(start({{u"path"_s, path}, {u"quality"_s, u"4k"_s}})), u"invalid parameter"_s);
+    QCOMPARE(error(m_client.request({u"stop_recording"_s})), u"not recording"_s);
+
+    QCOMPARE(error(start({{u"path"_s, path}, {u"quality"_s, u"hd"_s}, {u"stopAfter"_s, u"2m"_s}})),
+             u"success"_s);
+    QCOMPARE(m_client.data({u"get_property"_s, u"recordingState"_s}), u"recording"_s);
+    QCOMPARE(error(start({{u"path"_s, path}})), u"a recording is already running"_s);
+    QTRY_VERIFY(m_client.data({u"get_property"_s, u"recordingPanelText"_s})
+                    .toString()
+                    .startsWith(u"REC  00:01  •  LEFT  01:5"_s));
+    QCOMPARE(m_client.data({u"stop_recording"_s}), path);
+    QVERIFY(m_client.data({u"get_property"_s, u"recordingDuration"_s}).toDouble() >= 1);
+    QCOMPARE(m_client.data({u"get_property"_s, u"recordingSavedPath"_s}), path);
+    QCOMPARE(m_client.data({u"get_property"_s, u"recordingState"_s}), u"idle"_s);
+    QVERIFY(m_client.data({u"get_property"_s, u"recordingPanelText"_s}).isNull());
+    QVERIFY(m_client.data({u"get_property"_s, u"recordingError"_s}).isNull());
+    QVERIFY(QFileInfo(path).size() > 0);
 }
 
 void tst_ControlSocket::quitsAndKeepsTheSavedLinks()

@@ -27,6 +27,13 @@ ff -f lavfi -i color=c=gray:size=32x32:rate=2:duration=700 -c:v libx264 -preset 
 # 16:9 in three columns, red, green and blue, for checking where each part of the picture lands.
 ff -f lavfi -i "color=c=red:size=640x360:rate=25:duration=10,drawbox=x=213:y=0:w=214:h=360:color=lime:t=fill,drawbox=x=427:y=0:w=213:h=360:color=blue:t=fill" \
     $video "$out/columns.mp4"
+# For recordings, 30 frames a second: the three columns with a steady tone, and a black picture
+# that flashes white while a beep sounds, from 0.5 s to 0.6 s of every second.
+ff -f lavfi -i "color=c=red:size=640x360:rate=30:duration=12,drawbox=x=213:y=0:w=214:h=360:color=lime:t=fill,drawbox=x=427:y=0:w=213:h=360:color=blue:t=fill" \
+    -f lavfi -i sine=frequency=440:duration=12 $video $audio -shortest "$out/columns-tone.mp4"
+ff -f lavfi -i "color=c=black:size=320x180:rate=30:duration=10,drawbox=c=white:t=fill:enable='between(mod(t,1),0.5,0.6)'" \
+    -f lavfi -i "sine=frequency=1000:sample_rate=48000:duration=10,volume=volume=0:enable='not(between(mod(t,1),0.5,0.6))'" \
+    $video $audio -shortest "$out/flash-beep.mp4"
 # Files that are not playable media.
 printf 'This is a text file, not a video.\n' >"$out/text.mp4"
 : >"$out/empty.mp4"
