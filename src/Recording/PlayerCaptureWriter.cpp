@@ -101,10 +101,10 @@ std::variant<std::unique_ptr<PlayerCaptureWriter>, QString>
 PlayerCaptureWriter::create(const QString &path, QSize size)
 {
     // The save dialog has already asked whether to replace it.
-    if (QFileInfo(path).exists() || QFileInfo(path).isSymLink()) {
-        QFile old(path);
-        if (!old.remove())
-            return RecordingTexts::cannotReplace.arg(path, old.errorString());
+    if (const QFileInfo old(path); old.exists() || old.isSymLink()) {
+        QFile file(path);
+        if (!file.remove())
+            return RecordingTexts::cannotReplace.arg(path, file.errorString());
     }
     std::unique_ptr<PlayerCaptureWriter> writer(new PlayerCaptureWriter(path, size));
     if (std::optional<QString> failure = writer->open()) {
@@ -175,12 +175,10 @@ std::optional<QString> PlayerCaptureWriter::openVideo()
     av_opt_set(m_video->priv_data, "preset", videoPreset, 0);
     if (avcodec_open2(m_video, codec, nullptr) < 0)
         return errorDescription(RecorderError::writerConfigurationFailed);
-    m_videoStream = avformat_new_stream(m_format, nullptr);
+    m_videoStream = addStream(m_video);
     m_videoFrame = av_frame_alloc();
-    if (!m_videoStream || !m_videoFrame ||
-        avcodec_parameters_from_context(m_videoStream->codecpar, m_video) < 0)
+    if (!m_videoStream || !m_videoFrame)
         return errorDescription(RecorderError::writerConfigurationFailed);
-    m_videoStream->time_base = m_video->time_base;
     m_videoStream->avg_frame_rate = m_video->framerate;
     m_videoFrame->format = m_video->pix_fmt;
     m_videoFrame->width = m_video->width;
@@ -188,6 +186,15 @@ std::optional<QString> PlayerCaptureWriter::openVideo()
     if (av_frame_get_buffer(m_videoFrame, 0) < 0)
         return errorDescription(RecorderError::writerConfigurationFailed);
     return std::nullopt;
+}
+
+AVStream *PlayerCaptureWriter::addStream(const AVCodecContext *codec)
+{
+    AVStream *stream = avformat_new_stream(m_format, nullptr);
+    if (!stream || avcodec_parameters_from_context(stream->codecpar, codec) < 0)
+        return nullptr;
+    stream->time_base = codec->time_base;
+    return stream;
 }
 
 std::optional<QString> PlayerCaptureWriter::openAudio()
@@ -207,12 +214,10 @@ std::optional<QString> PlayerCaptureWriter::openAudio()
         m_audio->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
     if (avcodec_open2(m_audio, codec, nullptr) < 0)
         return errorDescription(RecorderError::writerConfigurationFailed);
-    m_audioStream = avformat_new_stream(m_format, nullptr);
+    m_audioStream = addStream(m_audio);
     m_audioFrame = av_frame_alloc();
-    if (!m_audioStream || !m_audioFrame ||
-        avcodec_parameters_from_context(m_audioStream->codecpar, m_audio) < 0)
+    if (!m_audioStream || !m_audioFrame)
         return errorDescription(RecorderError::writerConfigurationFailed);
-    m_audioStream->time_base = m_audio->time_base;
     m_audioFrame->format = m_audio->sample_fmt;
     m_audioFrame->sample_rate = audioSampleRate;
     m_audioFrame->nb_samples = m_audio->frame_size;
@@ -318,6 +323,11 @@ void PlayerCaptureWriter::writeSamples(const float *samples, std::int64_t frames
 {
     m_pendingAudio.insert(m_pendingAudio.end(), samples, samples + frames * audioChannels);
     m_audioPlaced += frames;
+    encodePendingBlocks();
+}
+
+void PlayerCaptureWriter::encodePendingBlocks()
+{
     const size_t block = size_t(m_audio->frame_size) * audioChannels;
     size_t used = 0;
     while (m_pendingAudio.size() - used >= block && !m_failure) {
@@ -385,8 +395,9 @@ RecordingOutcome PlayerCaptureWriter::finish()
     if (m_audioPlaced < videoEnd)
         writeSilence(videoEnd - m_audioPlaced);
     if (!m_pendingAudio.empty() && !m_failure) {
+        // The last block is filled up with silence.
         m_pendingAudio.resize(size_t(m_audio->frame_size) * audioChannels, 0.0f);
-        writeSamples(nullptr, 0);
+        encodePendingBlocks();
     }
     if (!m_failure) {
         encode(m_video, m_videoStream, nullptr);

@@ -51,9 +51,13 @@ private:
     std::optional<QString> open();
     std::optional<QString> openVideo();
     std::optional<QString> openAudio();
+    // A stream of the file for what codec encodes, in its time base; nothing on failure.
+    AVStream *addStream(const AVCodecContext *codec);
     bool convert(const CaptureFrame &frame);
     void writeSamples(const float *samples, std::int64_t frames);
     void writeSilence(std::int64_t frames);
+    // Encodes every whole block of the sound waiting.
+    void encodePendingBlocks();
     void encodeAudioBlock();
     bool encode(AVCodecContext *codec, AVStream *stream, AVFrame *frame);
     void fail(const QString &why);

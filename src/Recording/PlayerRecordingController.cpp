@@ -84,21 +84,6 @@ RecordingPanel *PlayerRecordingController::recordingPanel() const
     return m_panel;
 }
 
-RecordingSaveDialog *PlayerRecordingController::saveDialog() const
-{
-    return m_dialog;
-}
-
-std::int64_t PlayerRecordingController::framesOffered() const
-{
-    return m_encoder->framesOffered();
-}
-
-std::int64_t PlayerRecordingController::framesDropped() const
-{
-    return m_encoder->framesDropped();
-}
-
 void PlayerRecordingController::startRecording(PlayerRecordingQuality quality)
 {
     if (!requestScreenRecordingPermissionIfNeeded())
@@ -266,8 +251,9 @@ void PlayerRecordingController::tick()
 {
     if (m_startedAt)
         setDuration(double(m_startedAt->nsecsElapsed()) / 1e9);
-    if (m_panel) {
-        m_panel->setText(recordingPanelText(m_duration, m_automaticStopAfter));
+    if (const QString text = recordingPanelText(m_duration, m_automaticStopAfter);
+        m_panel && text != m_panel->text()) {
+        m_panel->setText(text);
         Q_EMIT panelTextChanged();
     }
     if (m_automaticStopAfter && *m_automaticStopAfter <= m_duration)

@@ -59,10 +59,6 @@ public:
     // The floating panel's label, while the panel shows.
     std::optional<QString> panelText() const;
     RecordingPanel *recordingPanel() const;
-    RecordingSaveDialog *saveDialog() const;
-    // Frames the encoder was offered and dropped for want of room, this recording.
-    std::int64_t framesOffered() const;
-    std::int64_t framesDropped() const;
 
     // Asks where to save, then records. Results arrive through the properties.
     void startRecording(PlayerRecordingQuality quality);

@@ -51,7 +51,7 @@ void PulseSystemAudioSource::stop()
 
 void PulseSystemAudioSource::run(Deliver deliver, Failed failed)
 {
-    const pa_sample_spec spec{PA_SAMPLE_FLOAT32LE, sampleRate, channels};
+    const pa_sample_spec format{PA_SAMPLE_FLOAT32LE, sampleRate, channels};
     const uint32_t readBytes = framesPerRead * channels * sizeof(float);
     // The server hands over data in reads of this size, so each arrives as soon as it is heard.
     const pa_buffer_attr buffering{uint32_t(-1), uint32_t(-1), uint32_t(-1), uint32_t(-1),
@@ -59,7 +59,7 @@ void PulseSystemAudioSource::run(Deliver deliver, Failed failed)
     int error = 0;
     const QByteArray name = AppIdentity::displayName.toUtf8();
     SimpleStream stream(pa_simple_new(nullptr, name.constData(), PA_STREAM_RECORD, defaultMonitor,
-                                      "Recording", &spec, nullptr, &buffering, &error));
+                                      "Recording", &format, nullptr, &buffering, &error));
     if (!stream) {
         failed(pulseError(error));
         return;

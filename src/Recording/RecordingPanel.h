@@ -20,7 +20,6 @@ public:
 
     void setText(const QString &text);
     QString text() const;
-    QPushButton *stopButton() const { return m_stop; }
     // Near the top-right corner of the available area of the screen.
     void placeOn(const QScreen *screen);
 
