@@ -2,6 +2,7 @@
 
 #include "Playlist/PlaylistJson.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -9,7 +10,12 @@
 #include <QSettings>
 #include <QStandardPaths>
 
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
 #if defined(Q_OS_UNIX)
+#include <csignal>
 #include <sys/mman.h>
 #include <unistd.h>
 #endif
@@ -22,7 +28,7 @@ namespace {
 // text in memory at once.
 constexpr qsizetype writeChunkBytes = 1 << 20;
 
-std::optional<QString> writeBytes(QSaveFile &file, QByteArray &chunk)
+std::optional<QString> writeBytes(QFile &file, QByteArray &chunk)
 {
     if (file.write(chunk) != chunk.size())
         return file.errorString();
@@ -40,6 +46,17 @@ void releasePages(uchar *mapped, qsizetype size)
 #else
     Q_UNUSED(mapped);
     Q_UNUSED(size);
+#endif
+}
+
+bool isOtherRunningProcess(qint64 pid)
+{
+    if (pid == QCoreApplication::applicationPid())
+        return false;
+#if defined(Q_OS_UNIX)
+    return pid > 0 && (::kill(pid_t(pid), 0) == 0 || errno == EPERM);
+#else
+    return true;
 #endif
 }
 
@@ -66,6 +83,7 @@ QString SavedLinksFile::damagedCopyPath() const
 
 QList<PlaylistEntry> SavedLinksFile::read() const
 {
+    removeLeftoverPieces();
     if (!QFileInfo::exists(path()))
         takeOverSettingsValue();
     QFile file(path());
@@ -92,9 +110,25 @@ std::optional<QString> SavedLinksFile::write(const QList<PlaylistEntry> &entries
 {
     if (!QDir().mkpath(m_folder))
         return u"Could not create the folder %1"_s.arg(QDir::toNativeSeparators(m_folder));
-    QSaveFile file(path());
-    if (!file.open(QIODevice::WriteOnly))
-        return file.errorString();
+    QFile piece(piecePath());
+    if (!piece.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return piece.errorString();
+    std::optional<QString> failure = writeList(piece, entries);
+    if (!failure)
+        failure = replaceWithPiece(piece);
+    if (failure)
+        piece.remove();
+    return failure;
+}
+
+QString SavedLinksFile::piecePath() const
+{
+    // Named after the process, so that two players writing at once never share a piece.
+    return u"%1.%2.partial"_s.arg(path()).arg(QCoreApplication::applicationPid());
+}
+
+std::optional<QString> SavedLinksFile::writeList(QFile &piece, const QList<PlaylistEntry> &entries)
+{
     QByteArray chunk;
     chunk.reserve(writeChunkBytes + 4096);
     chunk.append('[');
@@ -103,15 +137,29 @@ std::optional<QString> SavedLinksFile::write(const QList<PlaylistEntry> &entries
             chunk.append(',');
         PlaylistJson::appendEncoded(chunk, entries.at(i));
         if (chunk.size() >= writeChunkBytes) {
-            if (std::optional<QString> failure = writeBytes(file, chunk))
+            if (std::optional<QString> failure = writeBytes(piece, chunk))
                 return failure;
         }
     }
     chunk.append(']');
-    if (std::optional<QString> failure = writeBytes(file, chunk))
-        return failure;
-    if (!file.commit())
-        return file.errorString();
+    return writeBytes(piece, chunk);
+}
+
+std::optional<QString> SavedLinksFile::replaceWithPiece(QFile &piece) const
+{
+    // On the disk before the rename, so that after a power cut the name holds the old list or
+    // the whole new one.
+    if (!piece.flush())
+        return piece.errorString();
+#if defined(Q_OS_UNIX)
+    if (::fsync(piece.handle()) != 0)
+        return QString::fromLocal8Bit(std::strerror(errno));
+#endif
+    piece.close();
+    // rename() replaces the old file in one step; QFile::rename would refuse an existing target.
+    if (std::rename(QFile::encodeName(piece.fileName()).constData(),
+                    QFile::encodeName(path()).constData()) != 0)
+        return QString::fromLocal8Bit(std::strerror(errno));
     return std::nullopt;
 }
 
@@ -124,6 +172,25 @@ void SavedLinksFile::takeOverSettingsValue() const
     if (file.open(QIODevice::WriteOnly)) {
         file.write(stored.toByteArray());
         file.commit();
+    }
+}
+
+void SavedLinksFile::removeLeftoverPieces() const
+{
+    // A write killed before its rename leaves its piece, named after the writing process. Pieces
+    // of processes still running are theirs to finish; ours are never in progress while we read.
+    const QString prefix = QFileInfo(path()).fileName() + u'.';
+    const QString suffix = u".partial"_s;
+    QDir folder(m_folder);
+    const QStringList pieces =
+        folder.entryList({prefix + u'*' + suffix}, QDir::Files | QDir::Hidden | QDir::NoSymLinks);
+    for (const QString &piece : pieces) {
+        bool isNumber = false;
+        const qint64 pid = QStringView(piece)
+                               .sliced(prefix.size(), piece.size() - prefix.size() - suffix.size())
+                               .toLongLong(&isNumber);
+        if (isNumber && !isOtherRunningProcess(pid))
+            folder.remove(piece);
     }
 }
 

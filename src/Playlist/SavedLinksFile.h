@@ -7,6 +7,8 @@
 
 #include <optional>
 
+class QFile;
+
 // One file of saved links in their stored JSON form, named after the settings key that held the
 // list before the list had a file of its own.
 //
@@ -14,7 +16,8 @@
 // over it only when complete, so a crash or a kill at any moment leaves the old list or the new
 // one, never a mix or a part. Reading never changes the file; bytes that do not decode read as an
 // empty list, and a copy of them is kept beside the file (".damaged") before anything can write
-// over them. Any thread; one thread per file at a time.
+// over them. Reading removes the pieces of writes that were killed before their rename. Any
+// thread; one thread per file at a time, and one process.
 class SavedLinksFile
 {
 public:
@@ -37,6 +40,11 @@ public:
 
 private:
     void takeOverSettingsValue() const;
+    void removeLeftoverPieces() const;
+    // Where a new list is written before it takes the file's place.
+    QString piecePath() const;
+    static std::optional<QString> writeList(QFile &piece, const QList<PlaylistEntry> &entries);
+    std::optional<QString> replaceWithPiece(QFile &piece) const;
     void keepDamagedCopy() const;
 
     QString m_folder;

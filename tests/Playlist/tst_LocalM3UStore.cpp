@@ -334,9 +334,35 @@ void tst_LocalM3UStore::killedWriterLeavesAWholeList()
             PlaylistJson::decodeList(fileBytes(savedFile().path()));
         QVERIFY2(read && (*read == small || *read == large), qPrintable(u"round %1"_s.arg(round)));
     }
-    // Nor do killed writes leave pieces behind.
-    QCOMPARE(QDir(SavedLinksFile::defaultFolder()).entryList(QDir::Files | QDir::Hidden),
-             QStringList{QFileInfo(savedFile().path()).fileName()});
+    // Killed writes leave their pieces; the next start removes them and nothing else: not a
+    // file the user put there, nor the piece of a player still running.
+    const QString name = QFileInfo(savedFile().path()).fileName();
+    const QString folder = SavedLinksFile::defaultFolder();
+    const auto pieceOf = [&](const QProcess &process) {
+        return u"%1.%2.partial"_s.arg(name).arg(process.processId());
+    };
+    QProcess ended;
+    ended.start(u"sleep"_s, {u"60"_s});
+    QVERIFY(ended.waitForStarted());
+    writeFile(folder + u'/' + pieceOf(ended), "killed while writing");
+    ended.kill();
+    QVERIFY(ended.waitForFinished());
+    QProcess running;
+    running.start(u"sleep"_s, {u"60"_s});
+    QVERIFY(running.waitForStarted());
+    const QString runningPiece = pieceOf(running);
+    writeFile(folder + u'/' + runningPiece, "in progress");
+    writeFile(folder + u'/' + name + u".backup"_s, "kept");
+    LocalM3UStore restarted;
+    restarted.waitForLoad();
+    QVERIFY(restarted.entries() == small || restarted.entries() == large);
+    QStringList expected{name, name + u".backup"_s, runningPiece};
+    expected.sort();
+    QCOMPARE(QDir(folder).entryList(QDir::Files | QDir::Hidden, QDir::Name), expected);
+    running.kill();
+    running.waitForFinished();
+    QFile::remove(folder + u'/' + runningPiece);
+    QFile::remove(folder + u'/' + name + u".backup"_s);
     QFile::remove(smallPath);
     QFile::remove(largePath);
 }
