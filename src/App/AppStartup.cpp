@@ -7,6 +7,10 @@
 #include <cstdio>
 #include <cstdlib>
 
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
+
 namespace {
 
 QtMessageHandler previousHandler = nullptr;
@@ -51,6 +55,14 @@ void AppStartup::leaveGuardedStart()
 void AppStartup::prepareGraphics()
 {
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+}
+
+void AppStartup::limitMemoryPools()
+{
+#if defined(__GLIBC__)
+    if (qEnvironmentVariableIsEmpty("MALLOC_ARENA_MAX"))
+        mallopt(M_ARENA_MAX, 2);
+#endif
 }
 
 void AppStartup::fixNumericLocale()
