@@ -324,9 +324,9 @@ void PlayerHostingView::drawPicture(const PlayerLayerLayout &layout,
         glScissor(left, bottom, std::max(0, right - left), std::max(0, top - bottom));
     }
 
-    // The buffer holds the picture with its bottom row first: the picture's top-left corner is
-    // the texture's (0, 1).
-    constexpr std::array<std::array<float, 2>, 4> texture{{{0, 1}, {1, 1}, {1, 0}, {0, 0}}};
+    // mpv drew into the buffer without flipping, so its first row, texture row 0, is the
+    // picture's top: the picture's top-left corner is the texture's (0, 0).
+    constexpr std::array<std::array<float, 2>, 4> texture{{{0, 0}, {1, 0}, {1, 1}, {0, 1}}};
     const double w = width();
     const double h = height();
     std::array<float, 16> vertices{};

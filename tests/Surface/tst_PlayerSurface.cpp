@@ -40,6 +40,8 @@ char colourOf(QRgb pixel)
         return 'g';
     if (b > 150 && r < 90 && g < 90)
         return 'b';
+    if (r > 200 && g > 200 && b > 200)
+        return 'w';
     return '?';
 }
 
@@ -85,6 +87,8 @@ private Q_SLOTS:
     void cleanup();
     void modesPlaceThePicture_data();
     void modesPlaceThePicture();
+    void modesKeepThePictureUpright_data();
+    void modesKeepThePictureUpright();
     void mouseOnThePicture();
     void nothingIsDrawnWhileNothingChanges();
     void surfaceShowsOnePlayerAndThePrompt();
@@ -93,7 +97,7 @@ private Q_SLOTS:
 
 private:
     // The clip on screen, paused 1 s in, so every grab sees the same frame.
-    void showPausedClip();
+    void showPausedClip(const QString &name = QStringLiteral("columns.mp4"));
     PlayerHostingView *hostingView() const;
 
     std::unique_ptr<TestViews> m_views;
@@ -126,9 +130,9 @@ PlayerHostingView *tst_PlayerSurface::hostingView() const
     return layer ? layer->hostingView() : nullptr;
 }
 
-void tst_PlayerSurface::showPausedClip()
+void tst_PlayerSurface::showPausedClip(const QString &name)
 {
-    m_model->play(WebAddress::fromLocalFile(testMedia(QStringLiteral("columns.mp4"))), {}, false);
+    m_model->play(WebAddress::fromLocalFile(testMedia(name)), {}, false);
     QTRY_VERIFY_WITH_TIMEOUT(m_model->engine().isPlaying() && m_model->engine().position() > 0.2,
                              10000);
     m_model->togglePlayback();
@@ -180,6 +184,30 @@ void tst_PlayerSurface::modesPlaceThePicture()
 
     const QRect recorded = view->recordingRectInView();
     QCOMPARE(recorded, mode == Mode::normal ? view->rect() : QRect(219, 0, 202, 360));
+}
+
+void tst_PlayerSurface::modesKeepThePictureUpright_data()
+{
+    // The clip's white band along its top edge, and the red/green/blue below it.
+    QTest::addColumn<Mode>("mode");
+    QTest::addColumn<QList<Probe>>("probes");
+    QTest::newRow("normal") << Mode::normal
+                            << QList<Probe>{{{320, 20}, 'w'}, {{320, 340}, 'g'}, {{100, 180}, 'r'}};
+    QTest::newRow("fill") << Mode::fill << QList<Probe>{{{320, 12}, 'w'}, {{320, 340}, 'g'}};
+    QTest::newRow("manual") << Mode::manual << QList<Probe>{{{320, 12}, 'w'}, {{320, 340}, 'g'}};
+    QTest::newRow("smart") << Mode::smart << QList<Probe>{{{320, 12}, 'w'}, {{320, 340}, 'g'}};
+    // Turned a quarter clockwise: the left column on top, the top band on the right.
+    QTest::newRow("rotate") << Mode::rotate
+                            << QList<Probe>{{{416, 180}, 'w'}, {{226, 180}, 'g'}, {{320, 30}, 'r'}};
+}
+
+void tst_PlayerSurface::modesKeepThePictureUpright()
+{
+    QFETCH(Mode, mode);
+    QFETCH(QList<Probe>, probes);
+    showPausedClip(QStringLiteral("columns-top.mp4"));
+    m_surface->setPortraitMode(mode);
+    QCOMPARE(mismatches(hostingView()->grabFramebuffer(), probes), QString());
 }
 
 void tst_PlayerSurface::mouseOnThePicture()

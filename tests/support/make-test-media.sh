@@ -27,6 +27,9 @@ ff -f lavfi -i color=c=gray:size=32x32:rate=2:duration=700 -c:v libx264 -preset 
 # 16:9 in three columns, red, green and blue, for checking where each part of the picture lands.
 ff -f lavfi -i "color=c=red:size=640x360:rate=25:duration=10,drawbox=x=213:y=0:w=214:h=360:color=lime:t=fill,drawbox=x=427:y=0:w=213:h=360:color=blue:t=fill" \
     $video "$out/columns.mp4"
+# The same with a white band along the top, for which way up the picture is drawn.
+ff -f lavfi -i "color=c=red:size=640x360:rate=25:duration=10,drawbox=x=213:y=0:w=214:h=360:color=lime:t=fill,drawbox=x=427:y=0:w=213:h=360:color=blue:t=fill,drawbox=x=0:y=0:w=640:h=60:color=white:t=fill" \
+    $video "$out/columns-top.mp4"
 # For recordings, 30 frames a second: the three columns with a steady tone, and a black picture
 # that flashes white while a beep sounds, from 0.5 s to 0.6 s of every second.
 ff -f lavfi -i "color=c=red:size=640x360:rate=30:duration=12,drawbox=x=213:y=0:w=214:h=360:color=lime:t=fill,drawbox=x=427:y=0:w=213:h=360:color=blue:t=fill" \
