@@ -1,10 +1,13 @@
 #include "App/ContentControlProperties.h"
 
+#include "Surface/PlayerHostingView.h"
 #include "Surface/PortraitDisplayMode.h"
 #include "UI/ContentState.h"
 #include "UI/ContentView.h"
 
 #include <QStringList>
+
+#include <cmath>
 
 using namespace Qt::StringLiterals;
 
@@ -14,7 +17,8 @@ const QStringList names = {u"address"_s,          u"movieName"_s,
                            u"showMovieName"_s,    u"selectedSidebarSection"_s,
                            u"channelSearch"_s,    u"selectedCountryCode"_s,
                            u"selectedCategory"_s, u"portraitMode"_s,
-                           u"showSidebar"_s,      u"isFullScreen"_s};
+                           u"showSidebar"_s,      u"isFullScreen"_s,
+                           u"horizontalPan"_s};
 
 QJsonValue optionalJson(const std::optional<QString> &text)
 {
@@ -67,7 +71,14 @@ std::optional<QJsonValue> ContentControlProperties::get(const QString &name) con
         return state.showSidebar();
     if (name == u"isFullScreen")
         return m_content.window()->isFullScreen();
+    if (name == u"horizontalPan")
+        return hostingView() ? QJsonValue(hostingView()->horizontalPan()) : QJsonValue(0);
     return std::nullopt;
+}
+
+PlayerHostingView *ContentControlProperties::hostingView() const
+{
+    return m_content.findChild<PlayerHostingView *>();
 }
 
 std::optional<QString> ContentControlProperties::set(const QString &name, const QJsonValue &value)
@@ -117,6 +128,14 @@ std::optional<QString> ContentControlProperties::set(const QString &name, const 
         if (!mode)
             return invalid;
         state.selectDisplayMode(*mode);
+    } else if (name == u"horizontalPan") {
+        // By hand only in the manual mode, as the mouse pans only there.
+        const double pan = value.toDouble(NAN);
+        if (!value.isDouble() || !(pan >= -1 && pan <= 1))
+            return invalid;
+        if (state.portraitMode() != PortraitDisplayMode::manual || !hostingView())
+            return u"horizontalPan can be set in Manual Reframe only"_s;
+        hostingView()->setHorizontalPan(pan);
     } else {
         return u"property not found"_s;
     }

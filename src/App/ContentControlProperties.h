@@ -6,9 +6,11 @@
 #include <optional>
 
 class ContentView;
+class PlayerHostingView;
 
 // The main window's own state as the control socket reads and writes it: the fields, the sidebar,
-// the search and filters, the display mode (by its title, e.g. "Portrait Fill") and full screen.
+// the search and filters, the display mode (by its title, e.g. "Portrait Fill"), the portrait
+// modes' horizontal pan and full screen.
 class ContentControlProperties
 {
 public:
@@ -21,5 +23,8 @@ public:
     std::optional<QString> set(const QString &name, const QJsonValue &value);
 
 private:
+    // The video view, which keeps the pan.
+    PlayerHostingView *hostingView() const;
+
     ContentView &m_content;
 };

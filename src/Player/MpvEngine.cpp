@@ -255,6 +255,7 @@ void MpvEngine::load(const QString &target)
     if (m_renderReady)
         startPendingLoad();
     announceChanges(before);
+    Q_EMIT loadRequested();
 }
 
 void MpvEngine::startPendingLoad()

@@ -82,6 +82,8 @@ public:
 Q_SIGNALS:
     // load() or stop() changed whether there is media.
     void hasMediaChanged();
+    // load() was called: what was learnt of the media before no longer applies.
+    void loadRequested();
     // Pause, idle, waiting, end of media or failure changed.
     void playbackStateChanged();
     void videoSizeChanged();

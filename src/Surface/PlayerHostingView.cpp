@@ -2,14 +2,19 @@
 
 #include "Base/AppNotifier.h"
 #include "Player/MpvEngine.h"
+#include "Surface/FaceSearch.h"
 #include "Surface/PlayerLayerGeometry.h"
+#include "Surface/SmartReframe.h"
 
+#include <QElapsedTimer>
+#include <QFutureWatcher>
 #include <QGuiApplication>
 #include <QMouseEvent>
 #include <QOpenGLBuffer>
 #include <QOpenGLContext>
 #include <QOpenGLFramebufferObject>
 #include <QOpenGLShaderProgram>
+#include <QTimer>
 #include <QWindow>
 
 #include <mpv/render_gl.h>
@@ -69,6 +74,7 @@ PlayerHostingView::~PlayerHostingView()
     if (QOpenGLContext *gl = context())
         disconnect(gl, nullptr, this, nullptr);
     freeRenderContext();
+    m_smartTimer.reset();
 }
 
 void PlayerHostingView::setPlayer(MpvEngine *player)
@@ -84,6 +90,8 @@ void PlayerHostingView::setPlayer(MpvEngine *player)
     // The manual and smart framings depend on the picture's shape.
     connect(player, &MpvEngine::videoSizeChanged, this, &PlayerHostingView::relayout);
     connect(player, &MpvEngine::aboutToShutDown, this, &PlayerHostingView::freeRenderContext);
+    connect(player, &MpvEngine::loadRequested, this, &PlayerHostingView::forgetShownFrames);
+    forgetShownFrames();
     if (context())
         createRenderContext();
 }
@@ -94,8 +102,93 @@ void PlayerHostingView::setDisplayMode(PortraitDisplayMode mode)
         m_displayMode = mode;
         if (mode == PortraitDisplayMode::fill || mode == PortraitDisplayMode::rotate)
             setHorizontalPan(0);
+        updateSmartTimer();
     }
     relayout();
+}
+
+void PlayerHostingView::updateSmartTimer()
+{
+    ++m_smartGeneration;
+    m_smartTimer.reset();
+    if (m_displayMode != PortraitDisplayMode::smart)
+        return;
+    // Owned by this view and connected to it: a view that goes away takes its steps with it.
+    m_smartTimer = std::make_unique<QTimer>();
+    m_smartTimer->setInterval(SmartReframe::stepInterval);
+    connect(m_smartTimer.get(), &QTimer::timeout, this, &PlayerHostingView::trackLargestFace);
+    m_smartTimer->start();
+}
+
+void PlayerHostingView::trackLargestFace()
+{
+    // A step queued before the mode changed does nothing.
+    if (m_displayMode != PortraitDisplayMode::smart || !m_player)
+        return;
+    // A paused video shows no new frame: nothing is searched and the pan stays.
+    if (!m_shownFrameTime || m_shownFrameTime == m_searchedFrameTime)
+        return;
+    // The search of an earlier frame still runs: this step is skipped, not queued.
+    if (m_faceSearch && m_faceSearch->isBusy())
+        return;
+    QElapsedTimer step;
+    step.start();
+    QImage picture = analysisPicture();
+    if (picture.isNull())
+        return;
+    m_searchedFrameTime = m_shownFrameTime;
+    if (!m_faceSearch)
+        m_faceSearch = std::make_unique<FaceSearch>();
+    auto *watcher = new QFutureWatcher<std::vector<FaceBox>>(this);
+    connect(watcher, &QFutureWatcherBase::finished, this,
+            [this, watcher, generation = m_smartGeneration] {
+                watcher->deleteLater();
+                faceSearchEnded(watcher->result(), generation);
+            });
+    watcher->setFuture(m_faceSearch->search(std::move(picture)));
+    ++m_faceSearchesStarted;
+    m_longestFaceStepMs = std::max(m_longestFaceStepMs, step.nsecsElapsed() / 1e6);
+}
+
+void PlayerHostingView::faceSearchEnded(const std::vector<FaceBox> &faces, quint64 generation)
+{
+    if (generation != m_smartGeneration || m_displayMode != PortraitDisplayMode::smart)
+        return;
+    const double target = SmartReframe::panTarget(SmartReframe::largestFace(faces));
+    setHorizontalPan(SmartReframe::nextPan(m_horizontalPan, target));
+}
+
+QImage PlayerHostingView::analysisPicture()
+{
+    // In the portrait modes the whole picture is drawn upright into m_frame first.
+    if (!m_frame || !isValid())
+        return {};
+    constexpr int longestSide = 512;
+    const QSize source = m_frame->size();
+    const double scale =
+        std::min(1.0, double(longestSide) / std::max(source.width(), source.height()));
+    const QSize size(std::max(1, int(std::lround(source.width() * scale))),
+                     std::max(1, int(std::lround(source.height() * scale))));
+    makeCurrent();
+    if (!m_analysisFrame || m_analysisFrame->size() != size)
+        m_analysisFrame = std::make_unique<QOpenGLFramebufferObject>(size);
+    QImage picture;
+    if (m_analysisFrame->isValid()) {
+        QOpenGLFramebufferObject::blitFramebuffer(m_analysisFrame.get(), QRect(QPoint(), size),
+                                                  m_frame.get(), QRect(QPoint(), source),
+                                                  GL_COLOR_BUFFER_BIT, GL_LINEAR);
+        // mpv drew the top row first, so the rows are read as they lie.
+        picture = m_analysisFrame->toImage(false);
+    }
+    doneCurrent();
+    return picture;
+}
+
+void PlayerHostingView::forgetShownFrames()
+{
+    ++m_smartGeneration;
+    m_shownFrameTime.reset();
+    m_searchedFrameTime.reset();
 }
 
 void PlayerHostingView::setFillScreen(bool fillScreen)
@@ -214,6 +307,7 @@ void PlayerHostingView::freeRenderContext()
     mpv_render_context_free(m_render);
     m_render = nullptr;
     m_frame.reset();
+    m_analysisFrame.reset();
     doneCurrent();
     if (m_player)
         m_player->renderContextFreed();
@@ -250,6 +344,8 @@ void PlayerHostingView::paintGL()
         renderFramed(currentLayout(), pixels);
     if (m_hasNewFrame) {
         m_hasNewFrame = false;
+        if (const double time = m_player ? m_player->position() : NAN; std::isfinite(time))
+            m_shownFrameTime = time;
         Q_EMIT frameShown();
     }
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Recording/PlayerRecordingSurface.h"
+#include "Surface/FaceBox.h"
 #include "Surface/PlayerLayerLayout.h"
 #include "Surface/PortraitDisplayMode.h"
 
@@ -11,12 +12,15 @@
 #include <array>
 #include <memory>
 #include <optional>
+#include <vector>
 
 class AppNotifier;
+class FaceSearch;
 class MpvEngine;
 class QOpenGLBuffer;
 class QOpenGLFramebufferObject;
 class QOpenGLShaderProgram;
+class QTimer;
 struct mpv_render_context;
 
 // Draws the media engine's video with OpenGL, framed by the display mode: whole and letterboxed
@@ -50,6 +54,11 @@ public:
     double horizontalPan() const { return m_horizontalPan; }
     // −1 … 1 (clamped): the picture's right edge at the box's right edge … left at left.
     void setHorizontalPan(double pan);
+    // Whether the smart mode's steps are being taken.
+    bool isTrackingFaces() const { return m_smartTimer != nullptr; }
+    // The steps that took a frame to search, and the longest time one of them kept this thread.
+    int faceSearchesStarted() const { return m_faceSearchesStarted; }
+    double longestFaceStepMs() const { return m_longestFaceStepMs; }
 
     PlayerLayerLayout currentLayout() const;
 
@@ -86,6 +95,17 @@ private:
         QPoint startWindow;
     };
 
+    // Starts the smart mode's steps when the mode is smart, and stops them otherwise.
+    void updateSmartTimer();
+    // One step of the smart mode: the newest frame not yet searched goes to the face search, and
+    // its result moves the pan (see SmartReframe).
+    void trackLargestFace();
+    void faceSearchEnded(const std::vector<FaceBox> &faces, quint64 generation);
+    // The picture drawn last, whole and upright, small enough for the face search.
+    QImage analysisPicture();
+    // What was learnt of the media so far is of no use: a new load began.
+    void forgetShownFrames();
+
     void createRenderContext();
     void freeRenderContext();
     void frameReady();
@@ -106,6 +126,17 @@ private:
     double m_horizontalPan = 0;
     bool m_hasNewFrame = false;
     quint64 m_framesDrawn = 0;
+
+    std::unique_ptr<QTimer> m_smartTimer;
+    std::unique_ptr<FaceSearch> m_faceSearch; // made with the first step
+    std::unique_ptr<QOpenGLFramebufferObject> m_analysisFrame;
+    // The playback time of the frame drawn last, and of the frame searched last.
+    std::optional<double> m_shownFrameTime;
+    std::optional<double> m_searchedFrameTime;
+    // Changes with the mode and with each load: a search started before is not applied.
+    quint64 m_smartGeneration = 0;
+    int m_faceSearchesStarted = 0;
+    double m_longestFaceStepMs = 0;
 
     std::unique_ptr<QOpenGLFramebufferObject> m_frame;
     std::unique_ptr<QOpenGLShaderProgram> m_program;

@@ -225,6 +225,15 @@ void tst_ControlSocket::repliesWhenTheCommandIsDone()
     QCOMPARE(set(u"channelSearch"_s, u"SPORT"_s), u"success"_s);
     QCOMPARE(m_client.data({u"filtered_count"_s}), QJsonValue(1));
     QCOMPARE(set(u"portraitMode"_s, u"Sideways"_s), u"invalid value for portraitMode"_s);
+    // The pan is set by hand only where the mouse pans, and kept through the other modes.
+    QCOMPARE(set(u"horizontalPan"_s, 0.5), u"horizontalPan can be set in Manual Reframe only"_s);
+    QCOMPARE(set(u"portraitMode"_s, u"Manual Reframe"_s), u"success"_s);
+    QCOMPARE(set(u"horizontalPan"_s, 1.5), u"invalid value for horizontalPan"_s);
+    QCOMPARE(set(u"horizontalPan"_s, u"left"_s), u"invalid value for horizontalPan"_s);
+    QCOMPARE(set(u"horizontalPan"_s, -0.25), u"success"_s);
+    QCOMPARE(set(u"portraitMode"_s, u"Smart Reframe"_s), u"success"_s);
+    QCOMPARE(m_client.data({u"get_property"_s, u"horizontalPan"_s}), QJsonValue(-0.25));
+    QCOMPARE(set(u"portraitMode"_s, u"Normal"_s), u"success"_s);
     QCOMPARE(set(u"title"_s, u"x"_s), u"property not found or read-only: title"_s);
 
     // Keys go through the application's own keyboard monitor.

@@ -2,6 +2,7 @@
 # Generates the media the engine and model tests play, once per build folder: make-test-media.sh DIR
 set -euo pipefail
 out=$1
+data=$(cd "$(dirname "$0")/../data" && pwd)
 [ -f "$out/.complete" ] && exit 0
 rm -rf "$out" && mkdir -p "$out/vod" "$out/live"
 ff() { ffmpeg -hide_banner -loglevel error -y "$@"; }
@@ -37,6 +38,12 @@ ff -f lavfi -i "color=c=red:size=640x360:rate=30:duration=12,drawbox=x=213:y=0:w
 ff -f lavfi -i "color=c=black:size=320x180:rate=30:duration=10,drawbox=c=white:t=fill:enable='between(mod(t,1),0.5,0.6)'" \
     -f lavfi -i "sine=frequency=1000:sample_rate=48000:duration=10,volume=volume=0:enable='not(between(mod(t,1),0.5,0.6))'" \
     $video $audio -shortest "$out/flash-beep.mp4"
+# A face (a public-domain photograph) left of the centre of a wide grey picture for 6 s, right of
+# it for 6 s, then gone.
+ff -f lavfi -i color=c=gray:size=1280x720:rate=30:duration=18 \
+    -loop 1 -i "$data/faces/grace_hopper_512x512.jpg" \
+    -filter_complex "[1]scale=360:360[face];[0][face]overlay=x='if(lt(t,6),260,if(lt(t,12),640,-2000))':y=180:shortest=1" \
+    -t 18 $video "$out/moving-face.mp4"
 # Files that are not playable media.
 printf 'This is a text file, not a video.\n' >"$out/text.mp4"
 : >"$out/empty.mp4"

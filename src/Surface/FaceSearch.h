@@ -1,0 +1,31 @@
+#pragma once
+
+#include "Surface/FaceBox.h"
+
+#include <QFuture>
+#include <QImage>
+#include <QThreadPool>
+
+#include <memory>
+#include <vector>
+
+class FaceDetector;
+
+// Searches pictures for faces on a thread of its own, one picture at a time, so that the window's
+// thread never waits for the network. The detector is made on that thread with the first search.
+class FaceSearch
+{
+public:
+    FaceSearch();
+    // Waits for a search under way.
+    ~FaceSearch();
+
+    // Whether a search is under way; a new one then waits behind it.
+    bool isBusy() const;
+    QFuture<std::vector<FaceBox>> search(QImage picture);
+
+private:
+    QThreadPool m_thread;
+    std::shared_ptr<std::unique_ptr<FaceDetector>> m_detector;
+    QFuture<std::vector<FaceBox>> m_last;
+};

@@ -1,0 +1,150 @@
+// The smart portrait mode on a real OpenGL view under Xvfb, following a real face in a generated
+// video: a photograph left of the centre of a wide grey picture for 6 s, right of it for 6 s, then
+// gone.
+
+#include "Base/WebAddress.h"
+#include "Player/PlayerModel.h"
+#include "Surface/FaceDetector.h"
+#include "Surface/PlayerHostingView.h"
+#include "Surface/PlayerLayerView.h"
+#include "Surface/PlayerSurface.h"
+#include "TestMedia.h"
+#include "TestViews.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+namespace {
+
+// Whether the face detector finds a face in what the 9:16 box shows.
+bool faceInBox(PlayerHostingView &view)
+{
+    const QImage frame = view.grabFramebuffer();
+    const double dpr = frame.devicePixelRatio();
+    const QRect box = view.recordingRectInView();
+    const QImage shown = frame.copy(QRect(box.topLeft() * dpr, box.size() * dpr));
+    FaceDetector detector;
+    return !detector.detect(shown).empty();
+}
+
+} // namespace
+
+class tst_FaceTracking : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void followsTheFaceAndLetsGo();
+    void staysWhilePausedAndStopsWithTheMode();
+    void startsAgainAfterALoad();
+
+private:
+    PlayerHostingView *view() const;
+    void play(double from = 0);
+    double position() const { return m_player->model.engine().position(); }
+
+    std::unique_ptr<TestViews> m_views;
+    std::unique_ptr<TestPlayer> m_player;
+    std::unique_ptr<PlayerSurface> m_surface;
+};
+
+void tst_FaceTracking::init()
+{
+    m_views = std::make_unique<TestViews>();
+    m_player = std::make_unique<TestPlayer>(MpvEngine::Output::render);
+    m_surface = std::make_unique<PlayerSurface>(m_player->model, m_views->services(*m_player));
+    m_surface->resize(640, 360);
+    m_surface->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_surface.get()));
+}
+
+void tst_FaceTracking::cleanup()
+{
+    m_surface.reset();
+    m_player.reset();
+    m_views.reset();
+}
+
+PlayerHostingView *tst_FaceTracking::view() const
+{
+    auto *layer = qobject_cast<PlayerLayerView *>(m_surface->currentPlayer());
+    return layer ? layer->hostingView() : nullptr;
+}
+
+void tst_FaceTracking::play(double from)
+{
+    m_player->model.play(WebAddress::fromLocalFile(testMedia(QStringLiteral("moving-face.mp4"))),
+                         {}, false);
+    QTRY_VERIFY_WITH_TIMEOUT(m_player->model.engine().isPlaying() && position() > 0.1, 10000);
+    if (from > 0)
+        m_player->model.seek(from);
+    QVERIFY(view());
+}
+
+void tst_FaceTracking::followsTheFaceAndLetsGo()
+{
+    play();
+    PlayerHostingView &hosting = *view();
+    QSignalSpy moved(&hosting, &PlayerHostingView::horizontalPanChanged);
+    hosting.setDisplayMode(PortraitDisplayMode::smart);
+    // The face left of the centre (its midpoint at 0.35: the box aims at +0.3), approached step
+    // by step.
+    QTRY_VERIFY_WITH_TIMEOUT(hosting.horizontalPan() > 0.25, 5000);
+    QVERIFY2(position() < 6, "the face had moved on before the box reached it");
+    QVERIFY(moved.count() >= 3);
+    QVERIFY2(hosting.horizontalPan() < 0.35, qPrintable(QString::number(hosting.horizontalPan())));
+    QVERIFY2(faceInBox(hosting), "the face is not in the box");
+
+    // Right of the centre from 6 s (midpoint 0.65: −0.3), the box crosses over.
+    QTRY_VERIFY_WITH_TIMEOUT(hosting.horizontalPan() < -0.25, 8000);
+    QVERIFY(position() < 12);
+    QVERIFY2(faceInBox(hosting), "the face is not in the box");
+
+    // Gone from 12 s: back towards the centre.
+    QTRY_VERIFY_WITH_TIMEOUT(position() > 12.3 && std::abs(hosting.horizontalPan()) < 0.08, 8000);
+    QVERIFY(!faceInBox(hosting));
+}
+
+void tst_FaceTracking::staysWhilePausedAndStopsWithTheMode()
+{
+    play(6.5);
+    PlayerHostingView &hosting = *view();
+    hosting.setDisplayMode(PortraitDisplayMode::smart);
+    QTRY_VERIFY_WITH_TIMEOUT(hosting.horizontalPan() < -0.15, 4000);
+
+    // Paused: the frame shown does not change, so nothing moves (after a search under way ends).
+    m_player->model.togglePlayback();
+    QTRY_VERIFY(!m_player->model.engine().isPlaying());
+    QTest::qWait(600);
+    const double paused = hosting.horizontalPan();
+    QTest::qWait(1500);
+    QCOMPARE(hosting.horizontalPan(), paused);
+
+    // Playing again it moves on; another mode stops it at once, even with a search under way.
+    m_player->model.togglePlayback();
+    QTRY_VERIFY_WITH_TIMEOUT(hosting.horizontalPan() != paused, 3000);
+    hosting.setDisplayMode(PortraitDisplayMode::manual);
+    QVERIFY(!hosting.isTrackingFaces());
+    const double manual = hosting.horizontalPan();
+    QTest::qWait(1500);
+    QCOMPARE(hosting.horizontalPan(), manual);
+    // And the framing made in the smart mode is the manual mode's starting point.
+    QVERIFY(manual < -0.15);
+}
+
+void tst_FaceTracking::startsAgainAfterALoad()
+{
+    // A new load forgets the old media's frames; the steps go on with the new one's.
+    play(6.5);
+    PlayerHostingView &hosting = *view();
+    hosting.setDisplayMode(PortraitDisplayMode::smart);
+    QTRY_VERIFY_WITH_TIMEOUT(hosting.horizontalPan() < -0.15, 4000);
+    play();
+    QTRY_VERIFY_WITH_TIMEOUT(hosting.horizontalPan() > 0.15, 5000);
+    QVERIFY(hosting.isTrackingFaces());
+}
+
+QTEST_MAIN(tst_FaceTracking)
+#include "tst_FaceTracking.moc"
