@@ -21,8 +21,9 @@
 namespace {
 int usage()
 {
-    std::fputs("usage: velm-bench-surface normal|fill|rotate|manual WIDTHxHEIGHT SECONDS FILE\n",
-               stderr);
+    std::fputs(
+        "usage: velm-bench-surface normal|fill|rotate|manual|smart WIDTHxHEIGHT SECONDS FILE\n",
+        stderr);
     return 2;
 }
 
@@ -30,7 +31,8 @@ std::optional<PortraitDisplayMode> modeNamed(const QString &name)
 {
     for (const PortraitDisplayMode mode : PortraitDisplayModes::all) {
         const QString raw = PortraitDisplayModes::rawValue(mode).toString().toLower();
-        if (raw == name || raw.endsWith(QLatin1Char(' ') + name))
+        if (raw == name || raw.endsWith(QLatin1Char(' ') + name) ||
+            raw.startsWith(name + QLatin1Char(' ')))
             return mode;
     }
     return name == QStringLiteral("normal") ? std::optional(PortraitDisplayMode::normal)
