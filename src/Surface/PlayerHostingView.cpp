@@ -173,12 +173,19 @@ QImage PlayerHostingView::analysisPicture()
     if (!m_analysisFrame || m_analysisFrame->size() != size)
         m_analysisFrame = std::make_unique<QOpenGLFramebufferObject>(size);
     QImage picture;
-    if (m_analysisFrame->isValid()) {
-        QOpenGLFramebufferObject::blitFramebuffer(m_analysisFrame.get(), QRect(QPoint(), size),
-                                                  m_frame.get(), QRect(QPoint(), source),
-                                                  GL_COLOR_BUFFER_BIT, GL_LINEAR);
-        // mpv drew the top row first, so the rows are read as they lie.
+    if (m_analysisFrame->isValid() && m_program) {
+        // Drawn with the quad program the view already uses: a blit would make the driver build
+        // a program of its own on the first step, a stall of some 50 ms on a software renderer.
+        // Texture row 0, the picture's top, goes to row 0 of the small buffer and is read first.
+        constexpr std::array<float, 16> wholeBuffer{-1, -1, 0, 0, 1,  -1, 1, 0,
+                                                    1,  1,  1, 1, -1, 1,  0, 1};
+        m_analysisFrame->bind();
+        glViewport(0, 0, size.width(), size.height());
+        glDisable(GL_SCISSOR_TEST);
+        glDisable(GL_BLEND);
+        drawFrameTexture(wholeBuffer);
         picture = m_analysisFrame->toImage(false);
+        m_analysisFrame->release();
     }
     doneCurrent();
     return picture;
@@ -432,6 +439,23 @@ void PlayerHostingView::drawPicture(const PlayerLayerLayout &layout,
         vertices[i * 4 + 2] = texture[i][0];
         vertices[i * 4 + 3] = texture[i][1];
     }
+    drawFrameTexture(vertices);
+    glDisable(GL_SCISSOR_TEST);
+}
+
+void PlayerHostingView::mousePressEvent(QMouseEvent *event)
+{
+    Q_EMIT m_notifier.playerSurfaceClicked(window()->windowHandle());
+    if (event->button() != Qt::LeftButton)
+        return;
+    if (m_displayMode == PortraitDisplayMode::manual)
+        m_panDrag = PanDrag{event->scenePosition().x(), m_horizontalPan};
+    else
+        startWindowDrag(event);
+}
+
+void PlayerHostingView::drawFrameTexture(const std::array<float, 16> &vertices)
+{
     m_program->bind();
     m_vertices->bind();
     m_vertices->allocate(vertices.data(), int(sizeof vertices));
@@ -452,18 +476,6 @@ void PlayerHostingView::drawPicture(const PlayerLayerLayout &layout,
     m_program->disableAttributeArray(1);
     m_vertices->release();
     m_program->release();
-    glDisable(GL_SCISSOR_TEST);
-}
-
-void PlayerHostingView::mousePressEvent(QMouseEvent *event)
-{
-    Q_EMIT m_notifier.playerSurfaceClicked(window()->windowHandle());
-    if (event->button() != Qt::LeftButton)
-        return;
-    if (m_displayMode == PortraitDisplayMode::manual)
-        m_panDrag = PanDrag{event->scenePosition().x(), m_horizontalPan};
-    else
-        startWindowDrag(event);
 }
 
 void PlayerHostingView::startWindowDrag(QMouseEvent *event)
