@@ -12,7 +12,6 @@
 // after each beep its flash is shown (median, milliseconds).
 
 #include "App/AppStartup.h"
-#include "Base/AppNotifier.h"
 #include "Player/PlayerModel.h"
 #include "Recording/GrantedRecordingPermission.h"
 #include "Recording/PlayerRecordingController.h"
@@ -21,8 +20,6 @@
 #include "Recording/RecordingEncoding.h"
 #include "Recording/RecordingOutputSize.h"
 #include "Surface/PlayerHostingView.h"
-#include "Web/OKVideoPlayerRegistry.h"
-#include "Web/YouTubePlayerRegistry.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -31,6 +28,7 @@
 #include <QProcess>
 #include <QTimer>
 
+#include "BenchPlayer.h"
 #include "MediaProbe.h"
 #include "ProcessCpu.h"
 
@@ -196,12 +194,9 @@ int main(int argc, char **argv)
     const QString clip = QFileInfo(arguments.at(3)).absoluteFilePath();
     const QString out = QFileInfo(arguments.at(4)).absoluteFilePath();
 
-    YouTubePlayerRegistry youtubePlayers;
-    OKVideoPlayerRegistry okVideoPlayers;
-    PlayerModel model(youtubePlayers, okVideoPlayers, MpvEngine::Output::render);
-    AppNotifier notifier;
-    PlayerHostingView view(notifier);
-    view.setPlayer(&model.engine());
+    BenchPlayer player;
+    PlayerModel &model = player.model;
+    PlayerHostingView &view = player.view;
     view.setWindowFlag(Qt::FramelessWindowHint);
     view.resize(windowWidth, windowHeight);
     view.move(0, 0);
@@ -212,12 +207,7 @@ int main(int argc, char **argv)
     PlayerRecordingController recorder(surfaces, permission,
                                        [] { return std::make_unique<PulseSystemAudioSource>(); });
 
-    const auto playClip = [&] { model.play(WebAddress::fromLocalFile(clip), {}, false); };
-    QObject::connect(&model.engine(), &MpvEngine::playbackStateChanged, &application, [&] {
-        if (model.engine().isEndReached())
-            playClip();
-    });
-    playClip();
+    player.playOverAndOver(clip);
 
     QProcess recorderProcess;
     QElapsedTimer wall;

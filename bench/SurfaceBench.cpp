@@ -4,16 +4,13 @@
 // second of warm-up, counts for SECONDS the frames drawn, the frames mpv dropped and the CPU time
 // of the whole process. Prints one JSON line.
 
-#include "Base/AppNotifier.h"
 #include "Player/PlayerModel.h"
 #include "Surface/PlayerHostingView.h"
-#include "Web/OKVideoPlayerRegistry.h"
-#include "Web/YouTubePlayerRegistry.h"
 
 #include <QApplication>
-#include <QFileInfo>
 #include <QTimer>
 
+#include "BenchPlayer.h"
 #include "ProcessCpu.h"
 
 #include <cstdio>
@@ -53,16 +50,13 @@ int main(int argc, char **argv)
     if (!mode || size.size() != 2 || seconds <= 0)
         return usage();
 
-    YouTubePlayerRegistry youtubePlayers;
-    OKVideoPlayerRegistry okVideoPlayers;
-    PlayerModel model(youtubePlayers, okVideoPlayers, MpvEngine::Output::render);
-    AppNotifier notifier;
-    PlayerHostingView view(notifier);
-    view.setPlayer(&model.engine());
+    BenchPlayer player;
+    PlayerModel &model = player.model;
+    PlayerHostingView &view = player.view;
     view.setDisplayMode(*mode);
     view.resize(size.at(0).toInt(), size.at(1).toInt());
     view.show();
-    model.play(WebAddress::fromLocalFile(QFileInfo(arguments.at(4)).absoluteFilePath()), {}, false);
+    player.play(arguments.at(4));
 
     qint64 frames = 0;
     qint64 decoderDropsAtStart = 0;
