@@ -113,6 +113,9 @@ std::optional<QString> SavedLinksFile::write(const QList<PlaylistEntry> &entries
     QFile piece(piecePath());
     if (!piece.open(QIODevice::WriteOnly | QIODevice::Truncate))
         return piece.errorString();
+    // The list keeps the permissions the user gave its file.
+    if (const QFileInfo old(path()); old.exists())
+        piece.setPermissions(old.permissions());
     std::optional<QString> failure = writeList(piece, entries);
     if (!failure)
         failure = replaceWithPiece(piece);

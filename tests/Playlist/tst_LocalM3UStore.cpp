@@ -173,6 +173,16 @@ void tst_LocalM3UStore::storesTheListInAFileOfItsOwn()
     QCOMPARE(freshlyLoaded(), store.entries());
     // The settings store is left alone.
     QVERIFY(!QSettings().contains(key));
+
+    // A file the user made private stays private through the next write.
+    const QFile::Permissions owner = QFile::ReadOwner | QFile::WriteOwner;
+    QVERIFY(QFile::setPermissions(savedFile().path(), owner));
+    store.replaceAll(manyEntries(4));
+    QCOMPARE(waitUntilSaved(store), std::nullopt);
+    QCOMPARE(freshlyLoaded(), store.entries());
+    const QFile::Permissions others = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup |
+                                      QFile::ReadOther | QFile::WriteOther | QFile::ExeOther;
+    QCOMPARE(QFileInfo(savedFile().path()).permissions() & (owner | others), owner);
 }
 
 void tst_LocalM3UStore::ignoresBadStoredDataUntilTheNextChange_data()
