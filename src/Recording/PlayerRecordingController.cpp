@@ -329,42 +329,38 @@ void PlayerRecordingController::audioUnavailable()
     Q_EMIT notice(RecordingTexts::noSystemAudio.toString());
 }
 
+template <typename T>
+void PlayerRecordingController::assign(T &field, const T &value,
+                                       void (PlayerRecordingController::*changed)())
+{
+    if (field == value)
+        return;
+    field = value;
+    Q_EMIT(this->*changed)();
+}
+
 void PlayerRecordingController::setState(PlayerRecordingState state)
 {
-    if (state == m_state)
-        return;
-    m_state = state;
-    Q_EMIT stateChanged();
+    assign(m_state, state, &PlayerRecordingController::stateChanged);
 }
 
 void PlayerRecordingController::setDuration(double duration)
 {
-    if (duration == m_duration)
-        return;
-    m_duration = duration;
-    Q_EMIT durationChanged();
+    assign(m_duration, duration, &PlayerRecordingController::durationChanged);
 }
 
 void PlayerRecordingController::setErrorMessage(const std::optional<QString> &message)
 {
-    if (message == m_errorMessage)
-        return;
-    m_errorMessage = message;
-    Q_EMIT errorMessageChanged();
+    assign(m_errorMessage, message, &PlayerRecordingController::errorMessageChanged);
 }
 
 void PlayerRecordingController::setLastSavedURL(const std::optional<QUrl> &url)
 {
-    if (url == m_lastSavedURL)
-        return;
-    m_lastSavedURL = url;
-    Q_EMIT lastSavedURLChanged();
+    assign(m_lastSavedURL, url, &PlayerRecordingController::lastSavedURLChanged);
 }
 
 void PlayerRecordingController::setRequiresPermission(bool required)
 {
-    if (required == m_requiresPermission)
-        return;
-    m_requiresPermission = required;
-    Q_EMIT requiresScreenRecordingPermissionChanged();
+    assign(m_requiresPermission, required,
+           &PlayerRecordingController::requiresScreenRecordingPermissionChanged);
 }

@@ -107,6 +107,9 @@ private:
     void setErrorMessage(const std::optional<QString> &message);
     void setLastSavedURL(const std::optional<QUrl> &url);
     void setRequiresPermission(bool required);
+    // Stores value and announces it, only when it changes.
+    template <typename T>
+    void assign(T &field, const T &value, void (PlayerRecordingController::*changed)());
 
     PlayerSurfaceRegistry &m_surfaces;
     RecordingPermission &m_permission;
