@@ -55,7 +55,6 @@ private Q_SLOTS:
     void grabsTheVideoWithoutDrawingAgain();
     void keepsPictureAndSoundInStep();
     void stopsByItselfAndShowsTheTimeLeft();
-    void refusesAStopTimeItCannotRead();
     void tellsWhyAFolderCannotBeWritten();
     void stopsWhenTheDiskIsFull();
     void recordsAWebPlayer();
@@ -230,18 +229,6 @@ void tst_Recording::stopsByItselfAndShowsTheTimeLeft()
     const double duration =
         MediaProbe::number(MediaProbe::probe(path).value(u"format"_s).toObject(), "duration");
     QVERIFY2(std::abs(duration - 3) < 0.35, qPrintable(QString::number(duration)));
-}
-
-void tst_Recording::refusesAStopTimeItCannotRead()
-{
-    const QString path = m_files.filePath(u"never.mp4"_s);
-    const std::optional<QString> refusal =
-        recorder().startRecording(PlayerRecordingQuality::normal, path, u"45"_s);
-    QCOMPARE(refusal, u"Enter a valid duration such as 30m, 90m or 1.2hr, or leave the field "
-                      "blank for manual Stop."_s);
-    QCOMPARE(recorder().errorMessage(), refusal);
-    QCOMPARE(recorder().state(), PlayerRecordingState::idle);
-    QVERIFY(!QFile::exists(path));
 }
 
 void tst_Recording::tellsWhyAFolderCannotBeWritten()
