@@ -141,6 +141,8 @@ private:
     double m_longestFaceStepMs = 0;
 
     std::unique_ptr<QOpenGLFramebufferObject> m_frame;
+    // m_frame holds mpv's newest frame at its size; else mpv must draw it before it is placed.
+    bool m_frameHoldsPicture = false;
     std::unique_ptr<QOpenGLShaderProgram> m_program;
     std::unique_ptr<QOpenGLBuffer> m_vertices;
 
