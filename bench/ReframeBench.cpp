@@ -110,10 +110,15 @@ void measureDetector(const char *name, const Detect &detect)
 int measureDetectors(const QStringList &arguments)
 {
     FaceDetector back;
-    FaceDetector front(arguments.at(2), 128);
-    if (!back.isReady() || !front.isReady())
+    FaceDetector backSquare(
+        {{QStringLiteral(":/models/face_detection_back_256x256.onnx"), {256, 256, 16}}});
+    FaceDetector front({{arguments.at(2), {128, 128, 8}}});
+    if (!back.isReady() || !backSquare.isReady() || !front.isReady())
         return usage();
-    measureDetector("BlazeFace back 256", [&](const QImage &p) { return back.detect(p); });
+    measureDetector("BlazeFace back 256 x 160 and 256",
+                    [&](const QImage &p) { return back.detect(p); });
+    measureDetector("BlazeFace back 256 only",
+                    [&](const QImage &p) { return backSquare.detect(p); });
     measureDetector("BlazeFace front 128", [&](const QImage &p) { return front.detect(p); });
     measureDetector("Haar frontal face", cascade(arguments.at(3)));
     measureDetector("LBP frontal face", cascade(arguments.at(4)));

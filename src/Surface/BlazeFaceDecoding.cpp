@@ -9,10 +9,10 @@ namespace {
 
 struct Grid
 {
-    int cells;
+    int cellScale; // cell side in fine cells
     int anchorsPerCell;
 };
-constexpr std::array<Grid, 2> grids{{{16, 2}, {8, 6}}};
+constexpr std::array<Grid, 2> grids{{{1, 2}, {2, 6}}};
 
 double sigmoid(double raw)
 {
@@ -20,30 +20,30 @@ double sigmoid(double raw)
 }
 
 // The anchors' centres in fractions of the input, in the network's order.
-const std::vector<std::array<double, 2>> &anchorCentres()
+std::vector<std::array<double, 2>> anchorCentres(const Input &input)
 {
-    static const std::vector<std::array<double, 2>> centres = [] {
-        std::vector<std::array<double, 2>> made;
-        made.reserve(anchorCount);
-        for (const Grid &grid : grids) {
-            for (int y = 0; y < grid.cells; ++y) {
-                for (int x = 0; x < grid.cells; ++x) {
-                    for (int a = 0; a < grid.anchorsPerCell; ++a)
-                        made.push_back({(x + 0.5) / grid.cells, (y + 0.5) / grid.cells});
-                }
+    std::vector<std::array<double, 2>> made;
+    made.reserve(size_t(anchorCount(input)));
+    for (const Grid &grid : grids) {
+        const int columns = input.width / (input.fineCell * grid.cellScale);
+        const int rows = input.height / (input.fineCell * grid.cellScale);
+        for (int y = 0; y < rows; ++y) {
+            for (int x = 0; x < columns; ++x) {
+                for (int a = 0; a < grid.anchorsPerCell; ++a)
+                    made.push_back({(x + 0.5) / columns, (y + 0.5) / rows});
             }
         }
-        return made;
-    }();
-    return centres;
+    }
+    return made;
 }
 
-FaceBox boxOf(std::span<const float> values, const std::array<double, 2> &centre, int inputSize)
+FaceBox boxOf(std::span<const float> values, const std::array<double, 2> &centre,
+              const Input &input)
 {
-    const double cx = values[0] / inputSize + centre[0];
-    const double cy = values[1] / inputSize + centre[1];
-    const double w = values[2] / inputSize;
-    const double h = values[3] / inputSize;
+    const double cx = values[0] / input.width + centre[0];
+    const double cy = values[1] / input.height + centre[1];
+    const double w = values[2] / input.width;
+    const double h = values[3] / input.height;
     return {cx - w / 2, cy - h / 2, w, h};
 }
 
@@ -64,6 +64,25 @@ FaceBox merged(const std::vector<ScoredFace> &cluster)
 
 } // namespace
 
+bool Input::isValid() const
+{
+    const int coarseCell = fineCell * grids.back().cellScale;
+    return fineCell > 0 && width >= coarseCell && height >= coarseCell && width % coarseCell == 0 &&
+           height % coarseCell == 0;
+}
+
+int anchorCount(const Input &input)
+{
+    if (!input.isValid())
+        return 0;
+    int count = 0;
+    for (const Grid &grid : grids) {
+        const int cell = input.fineCell * grid.cellScale;
+        count += (input.width / cell) * (input.height / cell) * grid.anchorsPerCell;
+    }
+    return count;
+}
+
 double overlap(const FaceBox &a, const FaceBox &b)
 {
     const double left = std::max(a.x, b.x);
@@ -76,19 +95,20 @@ double overlap(const FaceBox &a, const FaceBox &b)
 }
 
 std::vector<ScoredFace> decode(std::span<const float> boxes, std::span<const float> scores,
-                               int inputSize, double minScore, double maxOverlap)
+                               const Input &input, double minScore, double maxOverlap)
 {
-    if (boxes.size() < size_t(anchorCount * valuesPerAnchor) || scores.size() < anchorCount ||
-        inputSize <= 0)
+    const int anchors = anchorCount(input);
+    if (anchors == 0 || boxes.size() < size_t(anchors) * valuesPerAnchor ||
+        scores.size() < size_t(anchors))
         return {};
-    const auto &centres = anchorCentres();
+    const auto centres = anchorCentres(input);
     std::vector<ScoredFace> candidates;
-    for (int i = 0; i < anchorCount; ++i) {
+    for (int i = 0; i < anchors; ++i) {
         const double score = sigmoid(scores[size_t(i)]);
         if (!(score >= minScore))
             continue;
         const FaceBox box = boxOf(boxes.subspan(size_t(i) * valuesPerAnchor, valuesPerAnchor),
-                                  centres[i], inputSize);
+                                  centres[size_t(i)], input);
         if (box.width > 0 && box.height > 0 && std::isfinite(box.x) && std::isfinite(box.y))
             candidates.push_back({box, score});
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Surface/BlazeFaceDecoding.h"
 #include "Surface/FaceBox.h"
 
 #include <QImage>
@@ -7,15 +8,22 @@
 #include <memory>
 #include <vector>
 
-// Finds faces in a picture with the face network in the application's resources. The picture is
-// fitted whole into the network's square input (bars on the short sides), so boxes come back in
-// fractions of the picture itself. Not for several threads at once: use one per thread.
+// Finds faces in a picture with the face network in the application's resources. The network comes
+// in several input shapes; a picture goes to the one it fills at the largest scale, fitted whole
+// (bars on the short sides), so boxes come back in fractions of the picture itself. Not for
+// several threads at once: use one per thread.
 class FaceDetector
 {
 public:
-    // The shipped model; another BlazeFace model file and its input side can be named instead.
+    struct Model
+    {
+        QString file;
+        BlazeFaceDecoding::Input input;
+    };
+
+    // The shipped models; other BlazeFace model files and their inputs can be named instead.
     FaceDetector();
-    FaceDetector(const QString &modelFile, int inputSize);
+    explicit FaceDetector(const std::vector<Model> &models);
     ~FaceDetector();
     FaceDetector(const FaceDetector &) = delete;
     FaceDetector &operator=(const FaceDetector &) = delete;
@@ -27,6 +35,7 @@ public:
 
 private:
     struct Network;
-    std::unique_ptr<Network> m_network;
-    int m_inputSize;
+    Network *networkFor(QSize picture);
+
+    std::vector<std::unique_ptr<Network>> m_networks;
 };

@@ -18,9 +18,14 @@ FaceBox spanning(double left, double right)
 // Raw network output with nothing found: every score far below any threshold.
 struct RawOutput
 {
-    std::vector<float> boxes =
-        std::vector<float>(BlazeFaceDecoding::anchorCount * BlazeFaceDecoding::valuesPerAnchor, 0);
-    std::vector<float> scores = std::vector<float>(BlazeFaceDecoding::anchorCount, -20);
+    explicit RawOutput(const BlazeFaceDecoding::Input &input = {})
+        : boxes(size_t(BlazeFaceDecoding::anchorCount(input)) * BlazeFaceDecoding::valuesPerAnchor,
+                0),
+          scores(size_t(BlazeFaceDecoding::anchorCount(input)), -20)
+    {}
+
+    std::vector<float> boxes;
+    std::vector<float> scores;
 
     // A box of side pixels around the anchor's cell centre moved by (dx, dy) pixels.
     void predict(int anchor, double score, float dx, float dy, float side)
@@ -36,6 +41,8 @@ struct RawOutput
 
 } // namespace
 
+Q_DECLARE_METATYPE(BlazeFaceDecoding::Input)
+
 class tst_SmartReframe : public QObject
 {
     Q_OBJECT
@@ -48,6 +55,7 @@ private Q_SLOTS:
     void followsTheLargestFace_data();
     void followsTheLargestFace();
 
+    void decodesBoxesAroundTheirAnchors_data();
     void decodesBoxesAroundTheirAnchors();
     void mergesTheBoxesOfOneFace();
     void refusesShortOutput();
@@ -123,23 +131,39 @@ void tst_SmartReframe::followsTheLargestFace()
     QCOMPARE(SmartReframe::largestFace(faces), followed);
 }
 
+void tst_SmartReframe::decodesBoxesAroundTheirAnchors_data()
+{
+    QTest::addColumn<BlazeFaceDecoding::Input>("input");
+    QTest::newRow("back, square") << BlazeFaceDecoding::Input{256, 256, 16};
+    QTest::newRow("back, wide") << BlazeFaceDecoding::Input{256, 160, 16};
+    QTest::newRow("front") << BlazeFaceDecoding::Input{128, 128, 8};
+}
+
 void tst_SmartReframe::decodesBoxesAroundTheirAnchors()
 {
-    // Anchor 0 is the fine grid's top-left cell (centre 0.5/16 of the input); the first anchor of
-    // the coarse grid (index 512) is its top-left cell (centre 0.5/8); 895 its bottom-right one.
-    RawOutput raw;
+    // Anchor 0 is the fine grid's top-left cell; the coarse grid's anchors follow the fine grid's,
+    // six a cell, row by row; the last anchor is the coarse grid's bottom-right cell.
+    QFETCH(BlazeFaceDecoding::Input, input);
+    const double fineColumns = input.width / input.fineCell;
+    const double fineRows = input.height / input.fineCell;
+    const int columns = input.width / (2 * input.fineCell);
+    const int rows = input.height / (2 * input.fineCell);
+    RawOutput raw(input);
     raw.predict(0, 0.9, 0, 0, 16);
-    raw.predict(512 + 6 * (8 * 3 + 5), 0.8, 32, -16, 64); // coarse cell column 5, row 3
-    raw.predict(895, 0.55, 0, 0, 32);                     // below 0.6: left out
-    const auto faces = BlazeFaceDecoding::decode(raw.boxes, raw.scores, 256, 0.6);
+    raw.predict(int(fineColumns * fineRows * 2) + 6 * (columns * 3 + 2), 0.8, 32, -16, 64);
+    raw.predict(BlazeFaceDecoding::anchorCount(input) - 1, 0.55, 0, 0, 32); // below 0.6
+    const auto faces = BlazeFaceDecoding::decode(raw.boxes, raw.scores, input, 0.6);
     QCOMPARE(faces.size(), size_t(2));
     const auto near = [](double a, double b) { return std::abs(a - b) < 1e-6; };
     QVERIFY(near(faces[0].score, 0.9));
-    QVERIFY(near(faces[0].box.horizontalMidpoint(), 0.5 / 16));
-    QVERIFY(near(faces[0].box.width, 16.0 / 256));
-    QVERIFY(near(faces[1].box.horizontalMidpoint(), 5.5 / 8 + 32.0 / 256));
-    QVERIFY(near(faces[1].box.y + faces[1].box.height / 2, 3.5 / 8 - 16.0 / 256));
-    QVERIFY(near(faces[1].box.height, 64.0 / 256));
+    QVERIFY(near(faces[0].box.horizontalMidpoint(), 0.5 / fineColumns));
+    QVERIFY(near(faces[0].box.y + faces[0].box.height / 2, 0.5 / fineRows));
+    QVERIFY(near(faces[0].box.width, 16.0 / input.width));
+    // Coarse grid, column 2, row 3.
+    QVERIFY(near(faces[1].box.horizontalMidpoint(), 2.5 / columns + 32.0 / input.width));
+    QVERIFY(near(faces[1].box.y + faces[1].box.height / 2, 3.5 / rows - 16.0 / input.height));
+    QVERIFY(near(faces[1].box.width, 64.0 / input.width));
+    QVERIFY(near(faces[1].box.height, 64.0 / input.height));
 }
 
 void tst_SmartReframe::mergesTheBoxesOfOneFace()
@@ -150,7 +174,7 @@ void tst_SmartReframe::mergesTheBoxesOfOneFace()
     raw.predict(cell, 0.9, 0, 0, 60);
     raw.predict(cell + 1, 0.7, 6, 0, 60);
     raw.predict(2 * (16 * 2 + 2), 0.8, 0, 0, 20);
-    const auto faces = BlazeFaceDecoding::decode(raw.boxes, raw.scores, 256, 0.6);
+    const auto faces = BlazeFaceDecoding::decode(raw.boxes, raw.scores, {}, 0.6);
     QCOMPARE(faces.size(), size_t(2));
     // The merged box lies between the two, nearer the more certain one.
     const double merged = faces[0].box.horizontalMidpoint() - 4.5 / 8;
@@ -162,12 +186,13 @@ void tst_SmartReframe::refusesShortOutput()
 {
     RawOutput raw;
     raw.predict(10, 0.99, 0, 0, 30);
-    QVERIFY(
-        BlazeFaceDecoding::decode(std::span(raw.boxes).first(100), raw.scores, 256, 0.5).empty());
-    QVERIFY(
-        BlazeFaceDecoding::decode(raw.boxes, std::span(raw.scores).first(895), 256, 0.5).empty());
-    QVERIFY(BlazeFaceDecoding::decode(raw.boxes, raw.scores, 0, 0.5).empty());
-    QCOMPARE(BlazeFaceDecoding::decode(raw.boxes, raw.scores, 256, 0.5).size(), size_t(1));
+    using BlazeFaceDecoding::decode;
+    QVERIFY(decode(std::span(raw.boxes).first(100), raw.scores, {}, 0.5).empty());
+    QVERIFY(decode(raw.boxes, std::span(raw.scores).first(895), {}, 0.5).empty());
+    QVERIFY(decode(raw.boxes, raw.scores, {0, 256, 16}, 0.5).empty());
+    QVERIFY(decode(raw.boxes, raw.scores, {256, 250, 16}, 0.5).empty());
+    QVERIFY(decode(raw.boxes, raw.scores, {256, 256, 0}, 0.5).empty());
+    QCOMPARE(decode(raw.boxes, raw.scores, {}, 0.5).size(), size_t(1));
 }
 
 QTEST_GUILESS_MAIN(tst_SmartReframe)
