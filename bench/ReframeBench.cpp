@@ -7,8 +7,12 @@
 // 512-pixel analysis picture, then searched), median and 95th percentile.
 //   velm-bench-reframe player MODE SECONDS CLIP
 // plays CLIP in a 960 × 540 view in "manual" or "smart" mode and, after two seconds, prints the
-// process's CPU seconds over SECONDS, the searches started and the longest time a step kept the
-// window's thread.
+// process's CPU seconds over SECONDS, the searches made, the time a step kept the window's thread
+// (median and longest) and the CPU time of a search on its own thread (median, 95th percentile).
+//   velm-bench-reframe engine-frame CLIP
+// takes the other way to a frame: mpv's own "screenshot-raw" of the decoded picture, then scaled
+// to the 256-pixel analysis size on the CPU, and prints its CPU milliseconds, median and 95th
+// percentile of 30 frames.
 
 #include "BenchPlayer.h"
 #include "FacePictures.h"
@@ -23,12 +27,16 @@
 #include <QElapsedTimer>
 #include <QTimer>
 
+#include <mpv/client.h>
+
 #include <opencv2/imgproc.hpp>
 #include <opencv2/objdetect.hpp>
 
 #include <algorithm>
 #include <cstdio>
 #include <functional>
+#include <map>
+#include <string>
 
 namespace {
 
@@ -37,16 +45,33 @@ using Detect = std::function<std::vector<FaceBox>(const QImage &)>;
 int usage()
 {
     std::fputs("usage: velm-bench-reframe detectors FRONT_MODEL HAAR_CASCADE LBP_CASCADE\n"
-               "       velm-bench-reframe player manual|smart SECONDS CLIP\n",
+               "       velm-bench-reframe player manual|smart SECONDS CLIP\n"
+               "       velm-bench-reframe engine-frame CLIP\n",
                stderr);
     return 2;
 }
 
-// What a step hands the detector: the frame at most 512 pixels across, as the view reads it back.
+// What a step hands the detector, made as the view makes it on the GPU: the frame as large as the
+// 960 × 540 view shows it, sampled bilinearly to twice the 256-pixel analysis size, then halved.
 QImage analysisPicture(const QImage &frame)
 {
-    return frame.width() >= frame.height() ? frame.scaledToWidth(std::min(512, frame.width()))
-                                           : frame.scaledToHeight(std::min(512, frame.height()));
+    const QImage rgba = frame.convertToFormat(QImage::Format_RGBA8888);
+    const cv::Mat source(rgba.height(), rgba.width(), CV_8UC4,
+                         const_cast<uchar *>(rgba.constBits()), size_t(rgba.bytesPerLine()));
+    const auto fitted = [&](int side) {
+        const double scale = std::min(1.0, double(side) / std::max(rgba.width(), rgba.height()));
+        return cv::Size(std::max(1, int(std::lround(rgba.width() * scale))),
+                        std::max(1, int(std::lround(rgba.height() * scale))));
+    };
+    cv::Mat shown;
+    cv::Mat doubled;
+    cv::resize(source, shown, fitted(960), 0, 0, cv::INTER_LINEAR);
+    cv::resize(shown, doubled, fitted(512), 0, 0, cv::INTER_LINEAR);
+    const cv::Size size = fitted(256);
+    QImage picture(size.width, size.height, QImage::Format_RGBA8888);
+    cv::Mat into(size.height, size.width, CV_8UC4, picture.bits(), size_t(picture.bytesPerLine()));
+    cv::resize(doubled, into, size, 0, 0, cv::INTER_LINEAR);
+    return picture;
 }
 
 Detect cascade(const QString &file)
@@ -94,11 +119,10 @@ void measureDetector(const char *name, const Detect &detect)
                                  .convertToFormat(QImage::Format_RGBA8888);
         std::vector<double> steps;
         for (int i = 0; i < 40; ++i) {
-            QElapsedTimer step;
-            step.start();
+            const double start = threadCpuMs();
             detect(analysisPicture(frame));
             if (i >= 5) // the first runs warm the caches up
-                steps.push_back(step.nsecsElapsed() / 1e6);
+                steps.push_back(threadCpuMs() - start);
         }
         std::printf(",\"median%d\":%.2f,\"p95_%d\":%.2f", size.height(), percentile(steps, 0.5),
                     size.height(), percentile(steps, 0.95));
@@ -125,6 +149,55 @@ int measureDetectors(const QStringList &arguments)
     return 0;
 }
 
+// The engine's picture of the frame on screen: what a step would cost if it asked mpv instead of
+// reading back what the view drew.
+int measureEngineFrame(const QString &clip)
+{
+    mpv_handle *mpv = mpv_create();
+    for (const auto &[name, value] : {std::pair("vo", "null"), {"ao", "null"}, {"pause", "yes"}})
+        mpv_set_option_string(mpv, name, value);
+    if (mpv_initialize(mpv) < 0)
+        return usage();
+    const QByteArray file = clip.toUtf8();
+    const char *load[] = {"loadfile", file.constData(), nullptr};
+    mpv_command(mpv, load);
+    std::vector<double> steps;
+    for (int frame = 0; frame < 30;) {
+        const mpv_event *event = mpv_wait_event(mpv, 10);
+        if (event->event_id == MPV_EVENT_NONE || event->event_id == MPV_EVENT_END_FILE)
+            break;
+        if (event->event_id != MPV_EVENT_PLAYBACK_RESTART)
+            continue;
+        // mpv converts the picture on its own thread: the whole paused process is counted.
+        const double start = processCpuSeconds();
+        const char *screenshot[] = {"screenshot-raw", "video", nullptr};
+        mpv_node result{};
+        if (mpv_command_ret(mpv, screenshot, &result) < 0)
+            break;
+        std::map<std::string, const mpv_node *> fields;
+        for (int i = 0; result.format == MPV_FORMAT_NODE_MAP && i < result.u.list->num; ++i)
+            fields[result.u.list->keys[i]] = &result.u.list->values[i];
+        if (fields.count("w") && fields.count("h") && fields.count("stride") &&
+            fields.count("data")) {
+            const cv::Mat bgr0(int(fields["h"]->u.int64), int(fields["w"]->u.int64), CV_8UC4,
+                               fields["data"]->u.ba->data, size_t(fields["stride"]->u.int64));
+            const double scale = 256.0 / std::max(bgr0.cols, bgr0.rows);
+            cv::Mat small;
+            cv::resize(bgr0, small, cv::Size(), scale, scale, cv::INTER_AREA);
+            steps.push_back((processCpuSeconds() - start) * 1000);
+            ++frame;
+        }
+        mpv_free_node_contents(&result);
+        // The next frame, decoded while nothing is timed.
+        const char *next[] = {"seek", "1", "relative", "exact", nullptr};
+        mpv_command(mpv, next);
+    }
+    mpv_terminate_destroy(mpv);
+    std::printf("{\"frames\":%zu,\"median\":%.2f,\"p95\":%.2f}\n", steps.size(),
+                percentile(steps, 0.5), percentile(steps, 0.95));
+    return steps.empty() ? 1 : 0;
+}
+
 int measurePlayer(QApplication &application, const QStringList &arguments)
 {
     const QString modeName = arguments.at(2);
@@ -142,19 +215,30 @@ int measurePlayer(QApplication &application, const QStringList &arguments)
     player.playOverAndOver(arguments.at(4));
 
     double cpuAtStart = 0;
-    int searchesAtStart = 0;
+    bool measuring = false;
+    std::vector<double> windowThreadMs;
+    std::vector<double> searchCpuMs;
+    QObject::connect(&view, &PlayerHostingView::faceSearchMeasured, &application,
+                     [&](double windowMs, double searchMs) {
+                         if (!measuring)
+                             return;
+                         windowThreadMs.push_back(windowMs);
+                         searchCpuMs.push_back(searchMs);
+                     });
     QObject::connect(
         &model.engine(), &MpvEngine::framesReady, &application,
         [&] {
             QTimer::singleShot(2000, &application, [&] {
                 cpuAtStart = processCpuSeconds();
-                searchesAtStart = view.faceSearchesStarted();
+                measuring = true;
                 QTimer::singleShot(seconds * 1000, &application, [&] {
-                    std::printf("{\"mode\":\"%s\",\"cpu\":%.3f,\"seconds\":%d,\"searches\":%d,"
-                                "\"longestStepMs\":%.2f,\"pan\":%.3f}\n",
+                    std::printf("{\"mode\":\"%s\",\"cpu\":%.3f,\"seconds\":%d,\"searches\":%zu,"
+                                "\"windowMedianMs\":%.2f,\"windowLongestMs\":%.2f,"
+                                "\"searchMedianMs\":%.2f,\"searchP95Ms\":%.2f,\"pan\":%.3f}\n",
                                 qPrintable(modeName), processCpuSeconds() - cpuAtStart, seconds,
-                                view.faceSearchesStarted() - searchesAtStart,
-                                view.longestFaceStepMs(), view.horizontalPan());
+                                searchCpuMs.size(), percentile(windowThreadMs, 0.5),
+                                percentile(windowThreadMs, 1), percentile(searchCpuMs, 0.5),
+                                percentile(searchCpuMs, 0.95), view.horizontalPan());
                     std::fflush(stdout);
                     application.quit();
                 });
@@ -176,5 +260,7 @@ int main(int argc, char **argv)
         return measureDetectors(arguments);
     if (arguments.size() == 5 && arguments.at(1) == QStringLiteral("player"))
         return measurePlayer(application, arguments);
+    if (arguments.size() == 3 && arguments.at(1) == QStringLiteral("engine-frame"))
+        return measureEngineFrame(arguments.at(2));
     return usage();
 }

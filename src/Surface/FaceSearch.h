@@ -11,6 +11,13 @@
 
 class FaceDetector;
 
+struct FaceSearchResult
+{
+    std::vector<FaceBox> faces;
+    // The CPU time the search took on its thread.
+    double cpuMs = 0;
+};
+
 // Searches pictures for faces on a thread of its own, one picture at a time, so that the window's
 // thread never waits for the network. The detector is made on that thread with the first search.
 class FaceSearch
@@ -22,10 +29,10 @@ public:
 
     // Whether a search is under way; a new one then waits behind it.
     bool isBusy() const;
-    QFuture<std::vector<FaceBox>> search(QImage picture);
+    QFuture<FaceSearchResult> search(QImage picture);
 
 private:
     QThreadPool m_thread;
     std::shared_ptr<std::unique_ptr<FaceDetector>> m_detector;
-    QFuture<std::vector<FaceBox>> m_last;
+    QFuture<FaceSearchResult> m_last;
 };

@@ -26,6 +26,10 @@
 
 namespace {
 
+// Between the stages of a frame's read-back: long enough for a software renderer to finish a
+// stage on its own threads, short against the step interval.
+constexpr int readBackPause = 8;
+
 const char *const vertexShader = "attribute vec2 position;\n"
                                  "attribute vec2 textureCoordinate;\n"
                                  "varying vec2 coordinate;\n"
@@ -128,26 +132,54 @@ void PlayerHostingView::trackLargestFace()
     // A paused video shows no new frame: nothing is searched and the pan stays.
     if (!m_shownFrameTime || m_shownFrameTime == m_searchedFrameTime)
         return;
-    // The search of an earlier frame still runs: this step is skipped, not queued.
-    if (m_faceSearch && m_faceSearch->isBusy())
-        return;
-    QElapsedTimer step;
-    step.start();
-    QImage picture = analysisPicture();
-    if (picture.isNull())
+    // A frame still on its way to the search, or the search of an earlier frame: this step is
+    // skipped, not queued.
+    if (m_readBack || (m_faceSearch && m_faceSearch->isBusy()))
         return;
     m_searchedFrameTime = m_shownFrameTime;
+    m_readBack = ReadBack{m_smartGeneration, 0, 0};
+    continueReadBack();
+}
+
+void PlayerHostingView::continueReadBack()
+{
+    if (!m_readBack)
+        return;
+    if (m_readBack->generation != m_smartGeneration) {
+        m_readBack.reset();
+        return;
+    }
+    QElapsedTimer busy;
+    busy.start();
+    QImage picture;
+    const bool going = drawAnalysisStage(m_readBack->stage++, picture);
+    m_readBack->busyMs += busy.nsecsElapsed() / 1e6;
+    if (!going) {
+        m_readBack.reset();
+        return;
+    }
+    if (picture.isNull()) {
+        // The renderer draws the stage meanwhile; the next one then finds it done, not waits.
+        QTimer::singleShot(readBackPause, this, &PlayerHostingView::continueReadBack);
+        return;
+    }
+    startFaceSearch(std::move(picture), m_readBack->busyMs);
+    m_readBack.reset();
+}
+
+void PlayerHostingView::startFaceSearch(QImage picture, double windowThreadMs)
+{
     if (!m_faceSearch)
         m_faceSearch = std::make_unique<FaceSearch>();
-    auto *watcher = new QFutureWatcher<std::vector<FaceBox>>(this);
+    auto *watcher = new QFutureWatcher<FaceSearchResult>(this);
     connect(watcher, &QFutureWatcherBase::finished, this,
-            [this, watcher, generation = m_smartGeneration] {
+            [this, watcher, generation = m_smartGeneration, windowThreadMs] {
                 watcher->deleteLater();
-                faceSearchEnded(watcher->result(), generation);
+                const FaceSearchResult &result = watcher->future().result();
+                Q_EMIT faceSearchMeasured(windowThreadMs, result.cpuMs);
+                faceSearchEnded(result.faces, generation);
             });
     watcher->setFuture(m_faceSearch->search(std::move(picture)));
-    ++m_faceSearchesStarted;
-    m_longestFaceStepMs = std::max(m_longestFaceStepMs, step.nsecsElapsed() / 1e6);
 }
 
 void PlayerHostingView::faceSearchEnded(const std::vector<FaceBox> &faces, quint64 generation)
@@ -155,40 +187,82 @@ void PlayerHostingView::faceSearchEnded(const std::vector<FaceBox> &faces, quint
     if (generation != m_smartGeneration || m_displayMode != PortraitDisplayMode::smart)
         return;
     const double target = SmartReframe::panTarget(SmartReframe::largestFace(faces));
-    setHorizontalPan(SmartReframe::nextPan(m_horizontalPan, target));
+    // While the video plays, its next frame is drawn with the new pan within a frame's time; a
+    // repaint of its own would present the same frame once more, for nothing the eye could tell.
+    const bool playing = m_player && m_player->isPlaying();
+    storeHorizontalPan(SmartReframe::nextPan(m_horizontalPan, target), !playing);
 }
 
-QImage PlayerHostingView::analysisPicture()
+bool PlayerHostingView::drawAnalysisStage(int stage, QImage &picture)
 {
     // In the portrait modes the whole picture is drawn upright into m_frame first.
-    if (!m_frame || !isValid())
-        return {};
-    constexpr int longestSide = 512;
+    if (!m_frame || !isValid() || !m_program)
+        return false;
+    makeCurrent();
+    const bool drawn = stage == 0   ? drawHalvedFrame()
+                       : stage == 1 ? drawAnalysisFrame()
+                                    : readAnalysisFrame(picture);
+    // Hands what was drawn to the renderer now, not when it is next needed.
+    glFlush();
+    doneCurrent();
+    return drawn;
+}
+
+bool PlayerHostingView::drawHalvedFrame()
+{
+    // The face network takes pictures 256 pixels across. One bilinear pass from the full frame
+    // would skip pixels and alias fine patterns into false faces; drawing twice the size first
+    // and halving it averages each pixel from four, as an area resize does.
+    constexpr int analysisSide = 256;
     const QSize source = m_frame->size();
     const double scale =
-        std::min(1.0, double(longestSide) / std::max(source.width(), source.height()));
+        std::min(1.0, double(analysisSide) / std::max(source.width(), source.height()));
     const QSize size(std::max(1, int(std::lround(source.width() * scale))),
                      std::max(1, int(std::lround(source.height() * scale))));
-    makeCurrent();
-    if (!m_analysisFrame || m_analysisFrame->size() != size)
-        m_analysisFrame = std::make_unique<QOpenGLFramebufferObject>(size);
-    QImage picture;
-    if (m_analysisFrame->isValid() && m_program) {
-        // Drawn with the quad program the view already uses: a blit would make the driver build
-        // a program of its own on the first step, a stall of some 50 ms on a software renderer.
-        // Texture row 0, the picture's top, goes to row 0 of the small buffer and is read first.
-        constexpr std::array<float, 16> wholeBuffer{-1, -1, 0, 0, 1,  -1, 1, 0,
-                                                    1,  1,  1, 1, -1, 1,  0, 1};
-        m_analysisFrame->bind();
-        glViewport(0, 0, size.width(), size.height());
-        glDisable(GL_SCISSOR_TEST);
-        glDisable(GL_BLEND);
-        drawFrameTexture(wholeBuffer);
-        picture = m_analysisFrame->toImage(false);
-        m_analysisFrame->release();
-    }
-    doneCurrent();
-    return picture;
+    const QSize doubled = (size * 2).boundedTo(source);
+    if (!m_analysisFrames[0] || m_analysisFrames[0]->size() != doubled)
+        m_analysisFrames[0] = std::make_unique<QOpenGLFramebufferObject>(doubled);
+    if (!m_analysisFrames[1] || m_analysisFrames[1]->size() != size)
+        m_analysisFrames[1] = std::make_unique<QOpenGLFramebufferObject>(size);
+    if (!m_analysisFrames[0]->isValid() || !m_analysisFrames[1]->isValid())
+        return false;
+    drawWholeBuffer(*m_analysisFrames[0], m_frame->texture());
+    return true;
+}
+
+bool PlayerHostingView::drawAnalysisFrame()
+{
+    if (!m_analysisFrames[0] || !m_analysisFrames[1])
+        return false;
+    drawWholeBuffer(*m_analysisFrames[1], m_analysisFrames[0]->texture());
+    return true;
+}
+
+bool PlayerHostingView::readAnalysisFrame(QImage &picture)
+{
+    if (!m_analysisFrames[1])
+        return false;
+    picture = QImage(m_analysisFrames[1]->size(), QImage::Format_RGBA8888);
+    m_analysisFrames[1]->bind();
+    glPixelStorei(GL_PACK_ALIGNMENT, 4);
+    glReadPixels(0, 0, picture.width(), picture.height(), GL_RGBA, GL_UNSIGNED_BYTE,
+                 picture.bits());
+    m_analysisFrames[1]->release();
+    return true;
+}
+
+void PlayerHostingView::drawWholeBuffer(QOpenGLFramebufferObject &target, GLuint texture)
+{
+    // Drawn with the quad program the view already uses: a blit would make the driver build a
+    // program of its own on the first step, a stall of some 50 ms on a software renderer.
+    // Texture row 0, the picture's top, goes to row 0 of the buffer and is read first.
+    constexpr std::array<float, 16> wholeBuffer{-1, -1, 0, 0, 1, -1, 1, 0, 1, 1, 1, 1, -1, 1, 0, 1};
+    target.bind();
+    glViewport(0, 0, target.width(), target.height());
+    glDisable(GL_SCISSOR_TEST);
+    glDisable(GL_BLEND);
+    drawTexture(texture, wholeBuffer);
+    target.release();
 }
 
 void PlayerHostingView::forgetShownFrames()
@@ -209,11 +283,17 @@ void PlayerHostingView::setFillScreen(bool fillScreen)
 
 void PlayerHostingView::setHorizontalPan(double pan)
 {
+    storeHorizontalPan(pan, true);
+}
+
+void PlayerHostingView::storeHorizontalPan(double pan, bool repaint)
+{
     pan = std::clamp(pan, -1.0, 1.0);
     if (pan == m_horizontalPan)
         return;
     m_horizontalPan = pan;
-    relayout();
+    if (repaint)
+        relayout();
     Q_EMIT horizontalPanChanged();
 }
 
@@ -316,7 +396,8 @@ void PlayerHostingView::freeRenderContext()
     m_render = nullptr;
     m_frame.reset();
     m_frameHoldsPicture = false;
-    m_analysisFrame.reset();
+    m_analysisFrames = {};
+    m_readBack.reset();
     doneCurrent();
     if (m_player)
         m_player->renderContextFreed();
@@ -466,6 +547,11 @@ void PlayerHostingView::mousePressEvent(QMouseEvent *event)
 
 void PlayerHostingView::drawFrameTexture(const std::array<float, 16> &vertices)
 {
+    drawTexture(m_frame->texture(), vertices);
+}
+
+void PlayerHostingView::drawTexture(GLuint texture, const std::array<float, 16> &vertices)
+{
     m_program->bind();
     m_vertices->bind();
     m_vertices->allocate(vertices.data(), int(sizeof vertices));
@@ -475,7 +561,7 @@ void PlayerHostingView::drawFrameTexture(const std::array<float, 16> &vertices)
     m_program->setAttributeBuffer(1, GL_FLOAT, 2 * sizeof(float), 2, 4 * sizeof(float));
     m_program->setUniformValue("picture", 0);
     glActiveTexture(GL_TEXTURE0);
-    glBindTexture(GL_TEXTURE_2D, m_frame->texture());
+    glBindTexture(GL_TEXTURE_2D, texture);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);

@@ -56,9 +56,6 @@ public:
     void setHorizontalPan(double pan);
     // Whether the smart mode's steps are being taken.
     bool isTrackingFaces() const { return m_smartTimer != nullptr; }
-    // The steps that took a frame to search, and the longest time one of them kept this thread.
-    int faceSearchesStarted() const { return m_faceSearchesStarted; }
-    double longestFaceStepMs() const { return m_longestFaceStepMs; }
 
     PlayerLayerLayout currentLayout() const;
 
@@ -74,6 +71,9 @@ Q_SIGNALS:
     void horizontalPanChanged();
     // A new video frame has been drawn.
     void frameShown();
+    // A smart step's search has ended: the time the step kept this thread to take the frame, and
+    // the CPU time of the search on its own thread.
+    void faceSearchMeasured(double windowThreadMs, double searchCpuMs);
 
 protected:
     void initializeGL() override;
@@ -100,9 +100,18 @@ private:
     // One step of the smart mode: the newest frame not yet searched goes to the face search, and
     // its result moves the pan (see SmartReframe).
     void trackLargestFace();
+    // The frame goes to the search in three stages, one an event-loop turn, so that this thread
+    // never waits for the renderer: drawn at twice the search's size, halved, read back.
+    void continueReadBack();
+    // False when the stage cannot be drawn; picture is set by the last stage.
+    bool drawAnalysisStage(int stage, QImage &picture);
+    bool drawHalvedFrame();
+    bool drawAnalysisFrame();
+    bool readAnalysisFrame(QImage &picture);
+    void drawWholeBuffer(QOpenGLFramebufferObject &target, GLuint texture);
+    void startFaceSearch(QImage picture, double windowThreadMs);
     void faceSearchEnded(const std::vector<FaceBox> &faces, quint64 generation);
-    // The picture drawn last, whole and upright, small enough for the face search.
-    QImage analysisPicture();
+    void storeHorizontalPan(double pan, bool repaint);
     // What was learnt of the media so far is of no use: a new load began.
     void forgetShownFrames();
 
@@ -118,6 +127,7 @@ private:
                      QSize pixels);
     // Draws the offscreen picture on a quad; vertices: x, y, s, t for each corner of a fan.
     void drawFrameTexture(const std::array<float, 16> &vertices);
+    void drawTexture(GLuint texture, const std::array<float, 16> &vertices);
     void startWindowDrag(QMouseEvent *event);
 
     AppNotifier &m_notifier;
@@ -131,14 +141,20 @@ private:
 
     std::unique_ptr<QTimer> m_smartTimer;
     std::unique_ptr<FaceSearch> m_faceSearch; // made with the first step
-    std::unique_ptr<QOpenGLFramebufferObject> m_analysisFrame;
+    // The frame at twice the face search's size, then at that size.
+    std::array<std::unique_ptr<QOpenGLFramebufferObject>, 2> m_analysisFrames;
+    struct ReadBack
+    {
+        quint64 generation;
+        int stage;
+        double busyMs; // this thread's time in the stages so far
+    };
+    std::optional<ReadBack> m_readBack; // a frame on its way to the search
     // The playback time of the frame drawn last, and of the frame searched last.
     std::optional<double> m_shownFrameTime;
     std::optional<double> m_searchedFrameTime;
     // Changes with the mode and with each load: a search started before is not applied.
     quint64 m_smartGeneration = 0;
-    int m_faceSearchesStarted = 0;
-    double m_longestFaceStepMs = 0;
 
     std::unique_ptr<QOpenGLFramebufferObject> m_frame;
     // m_frame holds mpv's newest frame at its size; else mpv must draw it before it is placed.
