@@ -1,5 +1,6 @@
 #pragma once
 
+#include "App/AppStartup.h"
 #include "Base/AppNotifier.h"
 #include "Player/PlayerModel.h"
 #include "Surface/PlayerHostingView.h"
@@ -7,6 +8,14 @@
 #include "Web/YouTubePlayerRegistry.h"
 
 #include <QFileInfo>
+
+// Before the application object: the process set up as the player's own, so that memory and
+// OpenGL behave as they do for a user.
+inline void prepareBenchProcess()
+{
+    AppStartup::limitMemoryPools();
+    AppStartup::prepareGraphics();
+}
 
 // A player model drawing into a video view of its own, as the benchmarks play media.
 struct BenchPlayer

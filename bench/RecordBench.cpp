@@ -11,7 +11,6 @@
 // prints the frames FILE holds, the frames its duration asks for at 30 a second, and how long
 // after each beep its flash is shown (median, milliseconds).
 
-#include "App/AppStartup.h"
 #include "Player/PlayerModel.h"
 #include "Recording/GrantedRecordingPermission.h"
 #include "Recording/PlayerRecordingController.h"
@@ -180,8 +179,7 @@ struct Sample
 
 int main(int argc, char **argv)
 {
-    AppStartup::limitMemoryPools();
-    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+    prepareBenchProcess();
     QApplication application(argc, argv);
     const QStringList arguments = application.arguments();
     if (arguments.size() == 3 && arguments.at(1) == QStringLiteral("analyse"))

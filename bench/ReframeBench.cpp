@@ -18,7 +18,7 @@
 #include "FacePictures.h"
 #include "ProcessCpu.h"
 
-#include "App/AppStartup.h"
+#include "Base/ThreadCpuTime.h"
 #include "Surface/FaceDetector.h"
 #include "Surface/PlayerHostingView.h"
 #include "Surface/SmartReframe.h"
@@ -252,8 +252,7 @@ int measurePlayer(QApplication &application, const QStringList &arguments)
 
 int main(int argc, char **argv)
 {
-    AppStartup::limitMemoryPools();
-    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+    prepareBenchProcess();
     QApplication application(argc, argv);
     const QStringList arguments = application.arguments();
     if (arguments.size() == 5 && arguments.at(1) == QStringLiteral("detectors"))

@@ -39,7 +39,7 @@ std::optional<PortraitDisplayMode> modeNamed(const QString &name)
 
 int main(int argc, char **argv)
 {
-    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+    prepareBenchProcess();
     QApplication application(argc, argv);
     const QStringList arguments = application.arguments();
     if (arguments.size() != 5)

@@ -71,19 +71,14 @@ bool FaceDetector::isReady() const
 
 FaceDetector::Network *FaceDetector::networkFor(QSize picture)
 {
-    Network *best = nullptr;
-    for (const auto &network : m_networks) {
-        if (!best)
-            best = network.get();
-        const double scale = fittingScale(picture, network->input);
-        const double bestScale = fittingScale(picture, best->input);
-        // The same scale for less work: the smaller input.
-        if (scale > bestScale + 1e-9 ||
-            (scale > bestScale - 1e-9 &&
-             network->input.width * network->input.height < best->input.width * best->input.height))
-            best = network.get();
-    }
-    return best;
+    // The largest scale first; at the same scale the smaller input, which costs less.
+    const auto merit = [picture](const std::unique_ptr<Network> &network) {
+        return std::pair(std::round(fittingScale(picture, network->input) * 1e6),
+                         -network->input.width * network->input.height);
+    };
+    return std::max_element(m_networks.begin(), m_networks.end(),
+                            [&](const auto &a, const auto &b) { return merit(a) < merit(b); })
+        ->get();
 }
 
 std::vector<FaceBox> FaceDetector::detect(const QImage &picture)

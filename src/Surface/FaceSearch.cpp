@@ -1,21 +1,9 @@
 #include "Surface/FaceSearch.h"
 
+#include "Base/ThreadCpuTime.h"
 #include "Surface/FaceDetector.h"
 
 #include <QtConcurrent>
-
-#include <ctime>
-
-namespace {
-
-double threadCpuMs()
-{
-    timespec now{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-    return double(now.tv_sec) * 1e3 + double(now.tv_nsec) / 1e6;
-}
-
-} // namespace
 
 FaceSearch::FaceSearch() : m_detector(std::make_shared<std::unique_ptr<FaceDetector>>())
 {

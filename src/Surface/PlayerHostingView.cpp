@@ -530,7 +530,7 @@ void PlayerHostingView::drawPicture(const PlayerLayerLayout &layout,
         vertices[i * 4 + 2] = texture[i][0];
         vertices[i * 4 + 3] = texture[i][1];
     }
-    drawFrameTexture(vertices);
+    drawTexture(m_frame->texture(), vertices);
     glDisable(GL_SCISSOR_TEST);
 }
 
@@ -543,11 +543,6 @@ void PlayerHostingView::mousePressEvent(QMouseEvent *event)
         m_panDrag = PanDrag{event->scenePosition().x(), m_horizontalPan};
     else
         startWindowDrag(event);
-}
-
-void PlayerHostingView::drawFrameTexture(const std::array<float, 16> &vertices)
-{
-    drawTexture(m_frame->texture(), vertices);
 }
 
 void PlayerHostingView::drawTexture(GLuint texture, const std::array<float, 16> &vertices)

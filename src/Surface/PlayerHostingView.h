@@ -125,8 +125,7 @@ private:
     // corners: where the picture's top-left, top-right, bottom-right and bottom-left go.
     void drawPicture(const PlayerLayerLayout &layout, const std::array<QPointF, 4> &corners,
                      QSize pixels);
-    // Draws the offscreen picture on a quad; vertices: x, y, s, t for each corner of a fan.
-    void drawFrameTexture(const std::array<float, 16> &vertices);
+    // Draws a texture on a quad; vertices: x, y, s, t for each corner of a fan.
     void drawTexture(GLuint texture, const std::array<float, 16> &vertices);
     void startWindowDrag(QMouseEvent *event);
 

@@ -6,10 +6,8 @@
 #include "Player/PlayerModel.h"
 #include "Surface/FaceDetector.h"
 #include "Surface/PlayerHostingView.h"
-#include "Surface/PlayerLayerView.h"
-#include "Surface/PlayerSurface.h"
 #include "TestMedia.h"
-#include "TestViews.h"
+#include "TestSurface.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -43,43 +41,35 @@ private Q_SLOTS:
 private:
     PlayerHostingView *view() const;
     void play(double from = 0);
-    double position() const { return m_player->model.engine().position(); }
+    double position() const { return m_screen->player.model.engine().position(); }
 
-    std::unique_ptr<TestViews> m_views;
-    std::unique_ptr<TestPlayer> m_player;
-    std::unique_ptr<PlayerSurface> m_surface;
+    std::unique_ptr<TestSurface> m_screen;
 };
 
 void tst_FaceTracking::init()
 {
-    m_views = std::make_unique<TestViews>();
-    m_player = std::make_unique<TestPlayer>(MpvEngine::Output::render);
-    m_surface = std::make_unique<PlayerSurface>(m_player->model, m_views->services(*m_player));
-    m_surface->resize(640, 360);
-    m_surface->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_surface.get()));
+    m_screen = std::make_unique<TestSurface>();
+    QVERIFY(QTest::qWaitForWindowExposed(&m_screen->surface));
 }
 
 void tst_FaceTracking::cleanup()
 {
-    m_surface.reset();
-    m_player.reset();
-    m_views.reset();
+    m_screen.reset();
 }
 
 PlayerHostingView *tst_FaceTracking::view() const
 {
-    auto *layer = qobject_cast<PlayerLayerView *>(m_surface->currentPlayer());
-    return layer ? layer->hostingView() : nullptr;
+    return m_screen->hostingView();
 }
 
 void tst_FaceTracking::play(double from)
 {
-    m_player->model.play(WebAddress::fromLocalFile(testMedia(QStringLiteral("moving-face.mp4"))),
-                         {}, false);
-    QTRY_VERIFY_WITH_TIMEOUT(m_player->model.engine().isPlaying() && position() > 0.1, 10000);
+    m_screen->player.model.play(
+        WebAddress::fromLocalFile(testMedia(QStringLiteral("moving-face.mp4"))), {}, false);
+    QTRY_VERIFY_WITH_TIMEOUT(m_screen->player.model.engine().isPlaying() && position() > 0.1,
+                             10000);
     if (from > 0)
-        m_player->model.seek(from);
+        m_screen->player.model.seek(from);
     QVERIFY(view());
 }
 
@@ -115,15 +105,15 @@ void tst_FaceTracking::staysWhilePausedAndStopsWithTheMode()
     QTRY_VERIFY_WITH_TIMEOUT(hosting.horizontalPan() < -0.15, 4000);
 
     // Paused: the frame shown does not change, so nothing moves (after a search under way ends).
-    m_player->model.togglePlayback();
-    QTRY_VERIFY(!m_player->model.engine().isPlaying());
+    m_screen->player.model.togglePlayback();
+    QTRY_VERIFY(!m_screen->player.model.engine().isPlaying());
     QTest::qWait(600);
     const double paused = hosting.horizontalPan();
     QTest::qWait(1500);
     QCOMPARE(hosting.horizontalPan(), paused);
 
     // Playing again it moves on; another mode stops it at once, even with a search under way.
-    m_player->model.togglePlayback();
+    m_screen->player.model.togglePlayback();
     QTRY_VERIFY_WITH_TIMEOUT(hosting.horizontalPan() != paused, 3000);
     hosting.setDisplayMode(PortraitDisplayMode::manual);
     QVERIFY(!hosting.isTrackingFaces());

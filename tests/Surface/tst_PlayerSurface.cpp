@@ -6,11 +6,9 @@
 #include "Player/PlayerModel.h"
 #include "Recording/PlayerSurfaceRegistry.h"
 #include "Surface/PlayerHostingView.h"
-#include "Surface/PlayerLayerView.h"
-#include "Surface/PlayerSurface.h"
 #include "TestHttpServer.h"
 #include "TestMedia.h"
-#include "TestViews.h"
+#include "TestSurface.h"
 #include "Web/YouTubePlayerView.h"
 
 #include <QApplication>
@@ -100,34 +98,25 @@ private:
     void showPausedClip(const QString &name = QStringLiteral("columns.mp4"));
     PlayerHostingView *hostingView() const;
 
-    std::unique_ptr<TestViews> m_views;
-    std::unique_ptr<TestPlayer> m_player;
+    std::unique_ptr<TestSurface> m_screen;
     PlayerModel *m_model = nullptr;
-    std::unique_ptr<PlayerSurface> m_surface;
 };
 
 void tst_PlayerSurface::init()
 {
-    m_views = std::make_unique<TestViews>();
-    m_player = std::make_unique<TestPlayer>(MpvEngine::Output::render);
-    m_model = &m_player->model;
-    m_surface = std::make_unique<PlayerSurface>(*m_model, m_views->services(*m_player));
-    m_surface->resize(640, 360);
-    m_surface->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_surface.get()));
+    m_screen = std::make_unique<TestSurface>();
+    m_model = &m_screen->player.model;
+    QVERIFY(QTest::qWaitForWindowExposed(&m_screen->surface));
 }
 
 void tst_PlayerSurface::cleanup()
 {
-    m_surface.reset();
-    m_player.reset();
-    m_views.reset();
+    m_screen.reset();
 }
 
 PlayerHostingView *tst_PlayerSurface::hostingView() const
 {
-    auto *layer = qobject_cast<PlayerLayerView *>(m_surface->currentPlayer());
-    return layer ? layer->hostingView() : nullptr;
+    return m_screen->hostingView();
 }
 
 void tst_PlayerSurface::showPausedClip(const QString &name)
@@ -179,7 +168,7 @@ void tst_PlayerSurface::modesPlaceThePicture()
 
     // The first frame drawn after the switch already has the new geometry; a pan afterwards
     // places the picture already drawn anew, with no new frame from the paused video.
-    m_surface->setPortraitMode(mode);
+    m_screen->surface.setPortraitMode(mode);
     if (pan != 0)
         QCOMPARE(mismatches(view->grabFramebuffer(), {{{320, 180}, 'g'}}), QString());
     view->setHorizontalPan(pan);
@@ -209,17 +198,17 @@ void tst_PlayerSurface::modesKeepThePictureUpright()
     QFETCH(Mode, mode);
     QFETCH(QList<Probe>, probes);
     showPausedClip(QStringLiteral("columns-top.mp4"));
-    m_surface->setPortraitMode(mode);
+    m_screen->surface.setPortraitMode(mode);
     QCOMPARE(mismatches(hostingView()->grabFramebuffer(), probes), QString());
 }
 
 void tst_PlayerSurface::mouseOnThePicture()
 {
     showPausedClip();
-    m_surface->setPortraitMode(Mode::fill);
-    m_surface->setPortraitMode(Mode::manual);
+    m_screen->surface.setPortraitMode(Mode::fill);
+    m_screen->surface.setPortraitMode(Mode::manual);
     PlayerHostingView *view = hostingView();
-    QSignalSpy clicked(&m_views->notifier, &AppNotifier::playerSurfaceClicked);
+    QSignalSpy clicked(&m_screen->views.notifier, &AppNotifier::playerSurfaceClicked);
     // 35% of 640 px to the right takes the pan from 0 to 1, and no further.
     QTest::mousePress(view, Qt::LeftButton, {}, QPoint(100, 180));
     QTest::mouseMove(view, QPoint(212, 180));
@@ -228,18 +217,18 @@ void tst_PlayerSurface::mouseOnThePicture()
     QCOMPARE(view->horizontalPan(), 1.0);
     QTest::mouseRelease(view, Qt::LeftButton, {}, QPoint(600, 180));
     QCOMPARE(clicked.count(), 1);
-    QCOMPARE(clicked.first().first().value<QObject *>(), m_surface->windowHandle());
+    QCOMPARE(clicked.first().first().value<QObject *>(), m_screen->surface.windowHandle());
     QCOMPARE(mismatches(view->grabFramebuffer(), {{{300, 180}, 'r'}}), QString());
 
     // The framing survives smart mode and back.
-    m_surface->setPortraitMode(Mode::smart);
-    m_surface->setPortraitMode(Mode::manual);
+    m_screen->surface.setPortraitMode(Mode::smart);
+    m_screen->surface.setPortraitMode(Mode::manual);
     QCOMPARE(view->horizontalPan(), 1.0);
 
     // As the window system delivers a double click: a click like any other, then the
     // double-click press, which only toggles full screen. Without a window manager the X server
     // never confirms full screen, so what can be seen is the state asked of the window.
-    StateRecorder states(m_surface.get());
+    StateRecorder states(&m_screen->surface);
     QTest::mouseClick(view, Qt::LeftButton, {}, QPoint(320, 180));
     QTest::mouseDClick(view, Qt::LeftButton, {}, QPoint(320, 180));
     QCOMPARE(clicked.count(), 2);
@@ -247,7 +236,7 @@ void tst_PlayerSurface::mouseOnThePicture()
     QVERIFY(!states.asked.isEmpty());
     QVERIFY(states.asked.first() & Qt::WindowFullScreen);
 
-    m_surface->setPortraitMode(Mode::fill); // fill starts centred again
+    m_screen->surface.setPortraitMode(Mode::fill); // fill starts centred again
     QCOMPARE(view->horizontalPan(), 0.0);
 }
 
@@ -271,22 +260,22 @@ void tst_PlayerSurface::nothingIsDrawnWhileNothingChanges()
 
 void tst_PlayerSurface::surfaceShowsOnePlayerAndThePrompt()
 {
-    QVERIFY(qobject_cast<PlayerLayerView *>(m_surface->currentPlayer()));
-    QVERIFY(m_surface->isPromptShown());
-    QCOMPARE(m_views->surfaces.view(), hostingView());
+    QVERIFY(qobject_cast<PlayerLayerView *>(m_screen->surface.currentPlayer()));
+    QVERIFY(m_screen->surface.isPromptShown());
+    QCOMPARE(m_screen->views.surfaces.view(), hostingView());
 
     m_model->openRemote(u"https://www.youtube.com/watch?v=abc", std::nullopt);
-    QTRY_VERIFY(qobject_cast<YouTubePlayerView *>(m_surface->currentPlayer()));
-    QVERIFY(!m_surface->isPromptShown());
-    QVERIFY(m_views->surfaces.view() != nullptr);
-    QVERIFY(!qobject_cast<PlayerLayerView *>(m_surface->currentPlayer()));
+    QTRY_VERIFY(qobject_cast<YouTubePlayerView *>(m_screen->surface.currentPlayer()));
+    QVERIFY(!m_screen->surface.isPromptShown());
+    QVERIFY(m_screen->views.surfaces.view() != nullptr);
+    QVERIFY(!qobject_cast<PlayerLayerView *>(m_screen->surface.currentPlayer()));
 
     // Back to the engine: a new picture, which plays.
     showPausedClip();
-    QVERIFY(!m_surface->isPromptShown());
-    QCOMPARE(m_views->surfaces.view(), hostingView());
+    QVERIFY(!m_screen->surface.isPromptShown());
+    QCOMPARE(m_screen->views.surfaces.view(), hostingView());
     m_model->stop();
-    QVERIFY(m_surface->isPromptShown());
+    QVERIFY(m_screen->surface.isPromptShown());
 }
 
 void tst_PlayerSurface::badgeShowsForLiveStreamsOnly_data()
@@ -306,9 +295,9 @@ void tst_PlayerSurface::badgeShowsForLiveStreamsOnly()
     m_model->play(*WebAddress::fromText(server.url(QStringLiteral("/stream.m3u8"))), {}, live);
     QTRY_VERIFY(m_model->isBuffering() == live);
     QTest::qWait(600); // past the indicator's delay
-    QCOMPARE(m_surface->isBufferingBadgeShown(), live);
+    QCOMPARE(m_screen->surface.isBufferingBadgeShown(), live);
     m_model->stop();
-    QVERIFY(!m_surface->isBufferingBadgeShown());
+    QVERIFY(!m_screen->surface.isBufferingBadgeShown());
 }
 
 int main(int argc, char **argv)
