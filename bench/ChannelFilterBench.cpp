@@ -7,7 +7,6 @@
 #include "Playlist/ChannelFilter.h"
 #include "Playlist/ChannelSearchIndex.h"
 #include "Playlist/PlaylistParser.h"
-#include "Playlist/PlaylistTextDecoder.h"
 
 #include <QAbstractListModel>
 #include <QCoreApplication>
@@ -125,9 +124,8 @@ int main(int argc, char **argv)
         std::fprintf(stderr, "cannot read %s\n", argv[1]);
         return 1;
     }
-    const QList<PlaylistEntry> entries =
-        PlaylistParser::parse(PlaylistTextDecoder::decode(input.readAll()).value_or(QString()),
-                              WebAddress::fromLocalFile(QFileInfo(path).absoluteFilePath()));
+    const QList<PlaylistEntry> entries = PlaylistParser::parse(
+        input.readAll(), WebAddress::fromLocalFile(QFileInfo(path).absoluteFilePath()));
     const qsizetype count = entries.size();
 
     ChannelSearchIndex index;

@@ -321,21 +321,29 @@ std::optional<WebAddress> WebAddress::fromText(QStringView text)
 
 std::optional<WebAddress> WebAddress::fromAscii(QByteArrayView bytes)
 {
-    if (!allowedBytes(bytes) || !validComponents(bytes))
-        return std::nullopt;
-    return WebAddress(bytes.toByteArray());
+    return fromAscii(bytes, WebAddress());
 }
 
 std::optional<WebAddress> WebAddress::fromText(QStringView text, const WebAddress &base)
 {
     std::optional<QByteArray> ascii = allowedAscii(text);
-    const std::optional<Components> parsed = ascii ? validComponents(*ascii) : std::nullopt;
+    return ascii ? resolved(std::move(*ascii), base) : std::nullopt;
+}
+
+std::optional<WebAddress> WebAddress::fromAscii(QByteArrayView bytes, const WebAddress &base)
+{
+    return allowedBytes(bytes) ? resolved(bytes.toByteArray(), base) : std::nullopt;
+}
+
+std::optional<WebAddress> WebAddress::resolved(QByteArray ascii, const WebAddress &base)
+{
+    const std::optional<Components> parsed = validComponents(ascii);
     if (!parsed)
         return std::nullopt;
     // Only an absolute base (one with a scheme) resolves anything: against a relative one, the
     // dot segments could climb out of it and leave a first segment that reads as a scheme.
     if (parsed->scheme || base.isNull() || !base.hasScheme())
-        return WebAddress(std::move(*ascii));
+        return WebAddress(std::move(ascii));
 
     const Components &ref = *parsed;
     const Components baseParts = split(base.m_text);

@@ -31,10 +31,12 @@ public:
 
     // The text as an address of its own (relative references stay relative).
     static std::optional<WebAddress> fromText(QStringView text);
-    // The same for text that is still bytes: what fromText gives for their Latin-1 reading.
+    // The same for text that is still bytes: what fromText gives for their Latin-1 reading (or
+    // their UTF-8 reading: no byte of an address is outside ASCII).
     static std::optional<WebAddress> fromAscii(QByteArrayView bytes);
     // The text resolved against base by RFC 3986 section 5.2. Text with a scheme stands as written.
     static std::optional<WebAddress> fromText(QStringView text, const WebAddress &base);
+    static std::optional<WebAddress> fromAscii(QByteArrayView bytes, const WebAddress &base);
     // The "file://" address of an absolute file-system path, percent-encoded as needed.
     static WebAddress fromLocalFile(const QString &absolutePath);
 
@@ -72,6 +74,8 @@ public:
 
 private:
     explicit WebAddress(QByteArray text) : m_text(std::move(text)) {}
+    // Text made only of characters an address may hold, resolved against base.
+    static std::optional<WebAddress> resolved(QByteArray ascii, const WebAddress &base);
 
     QByteArray m_text;
 };

@@ -1,25 +1,27 @@
 #pragma once
 
 #include "Base/WebAddress.h"
+#include "Playlist/EncodedText.h"
 #include "Playlist/PlaylistEntry.h"
 #include "Playlist/StringPool.h"
 
+#include <QByteArrayView>
 #include <QList>
-#include <QStringView>
 
 #include <optional>
 
-// Reads M3U / M3U8 playlist text into channels. Pure and re-entrant: it never fails (bad lines are
-// skipped; callers judge an empty result) and runs in one pass over the text, so it may be called
-// from any thread on playlists of millions of lines.
+// Reads M3U / M3U8 playlists into channels. Pure and re-entrant: it never fails (bad lines are
+// skipped; callers judge an empty result) and reads the bytes in place, decoding only what the
+// channels keep, so it may be called from any thread on playlists of millions of lines.
 class PlaylistParser
 {
 public:
     PlaylistParser() = delete;
 
-    // The channels in the order in which their address lines stand in the text. Relative address
-    // lines resolve against base (the playlist's own address or file address).
-    static QList<PlaylistEntry> parse(QStringView text, const WebAddress &base);
+    // The channels in the order in which their address lines stand in the text that
+    // PlaylistTextDecoder makes of the bytes. Relative address lines resolve against base (the
+    // playlist's own address or file address).
+    static QList<PlaylistEntry> parse(QByteArrayView bytes, const WebAddress &base);
 
 private:
     // The attributes a description line can carry. Each is looked up as a plain, case-insensitive
@@ -29,23 +31,24 @@ private:
     // value. Single-quoted and unquoted values are not recognised. Views into the line.
     struct Attributes
     {
-        std::optional<QStringView> tvgName;
-        std::optional<QStringView> tvgLogo;
-        std::optional<QStringView> groupTitle;
-        std::optional<QStringView> tvgCountry;
-        std::optional<QStringView> country;
-        std::optional<QStringView> tvgID;
+        std::optional<QByteArrayView> tvgName;
+        std::optional<QByteArrayView> tvgLogo;
+        std::optional<QByteArrayView> groupTitle;
+        std::optional<QByteArrayView> tvgCountry;
+        std::optional<QByteArrayView> country;
+        std::optional<QByteArrayView> tvgID;
     };
     // All attributes in one pass over the line's double quotes.
-    static Attributes attributes(QStringView line);
+    static Attributes attributes(QByteArrayView line, const EncodedText &text);
     // The first piece of a country list ("us;ca" gives US), if it is a code.
-    static std::optional<QString> normalizedCountryCode(std::optional<QStringView> value,
-                                                        StringPool &pool);
+    static std::optional<QString> normalizedCountryCode(std::optional<QByteArrayView> value,
+                                                        const EncodedText &text, StringPool &pool);
     // The country suffix of a channel id ("BBCOne.uk@HD" gives UK), if it is a code.
-    static std::optional<QString> inferredCountryCode(std::optional<QStringView> channelID,
-                                                      StringPool &pool);
+    static std::optional<QString> inferredCountryCode(std::optional<QByteArrayView> channelID,
+                                                      const EncodedText &text, StringPool &pool);
     // The candidate upper-cased, if it is two characters long; shared through the pool.
-    static std::optional<QString> countryCode(QStringView candidate, StringPool &pool);
+    static std::optional<QString> countryCode(QByteArrayView candidate, const EncodedText &text,
+                                              StringPool &pool);
 
     friend class PlaylistParserRun;
 };

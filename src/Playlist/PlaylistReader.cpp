@@ -1,68 +1,19 @@
 #include "Playlist/PlaylistReader.h"
 
 #include "Playlist/PlaylistError.h"
-#include "Playlist/PlaylistParser.h"
-#include "Playlist/PlaylistTextDecoder.h"
+#include "Playlist/PlaylistParserRun.h"
+#include "Playlist/PlaylistTextSurvey.h"
 #include "Playlist/PlaylistTexts.h"
 
 #include <QFile>
 #include <QFileInfo>
 
-#include <string_view>
-#include <utility>
+#include <algorithm>
+#include <limits>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-// The first bytes of media and archive files that are sometimes chosen or served in place of a
-// playlist. Text never starts so.
-constexpr std::pair<qsizetype, std::string_view> binarySignatures[] = {
-    {4, "ftyp"},             // MP4, MOV, M4A, 3GP
-    {0, "\x1A\x45\xDF\xA3"}, // Matroska, WebM
-    {0, "ID3"},              // MP3
-    {0, "RIFF"},             // AVI, WAV, WebP
-    {0, "OggS"},             // Ogg
-    {0, "fLaC"},             // FLAC
-    {0, "FLV\x01"},          // Flash video
-    {0, "\x30\x26\xB2\x75"}, // Windows Media
-    {0, "PK\x03\x04"},       // ZIP and everything made of it
-    {0, "\x1F\x8B"},         // gzip
-    {0, "7z\xBC\xAF"},       // 7-Zip
-    {0, "Rar!"},             // RAR
-    {0, "BZh"},              // bzip2
-    {0, "\xFD"
-        "7zXZ"},         // xz
-    {0, "%PDF"},         // PDF
-    {0, "\x89PNG"},      // PNG
-    {0, "\xFF\xD8\xFF"}, // JPEG
-    {0, "GIF8"},         // GIF
-    {0, "\x7F"
-        "ELF"}, // programs
-};
-
-// Whether the bytes can be a playlist at all: text has no NUL, does not start like a media or
-// archive file, and uses control characters other than tab, line breaks and form feed hardly
-// ever (random bytes and binary files are full of them).
-bool isText(QByteArrayView bytes)
-{
-    for (const auto &[offset, signature] : binarySignatures) {
-        if (bytes.size() >= offset + qsizetype(signature.size()) &&
-            bytes.sliced(offset, qsizetype(signature.size())) ==
-                QByteArrayView(signature.data(), qsizetype(signature.size())))
-            return false;
-    }
-    if (bytes.contains('\0'))
-        return false;
-    qsizetype controls = 0;
-    for (const char byte : bytes) {
-        const auto value = static_cast<unsigned char>(byte);
-        controls +=
-            (value < 0x20 && value != '\t' && value != '\n' && value != '\r' && value != '\f') ||
-            value == 0x7F;
-    }
-    return controls * 100 <= bytes.size();
-}
 
 // A list from the network may name logos on the network only. Anything else would let a web page
 // make the player read the user's files, or a device that never ends ("file:///dev/zero").
@@ -77,6 +28,48 @@ void keepWebLogosOnly(QList<PlaylistEntry> &entries)
     }
 }
 
+// The bytes from the device's current position, at most limit of them, handed to readBlock in
+// blocks of about PlaylistReader::blockBytes that end after a line break byte (a longer line makes
+// a longer block). Returns the bytes read, or -1 on a read error.
+template <typename ReadBlock>
+qint64 readBlocks(QIODevice &device, qint64 limit, ReadBlock &&readBlock)
+{
+    constexpr qsizetype blockSize = PlaylistReader::blockBytes;
+    const auto isLineBreak = [](char c) { return c >= '\n' && c <= '\r'; };
+    QByteArray buffer;
+    qint64 total = 0;
+    qsizetype kept = 0; // bytes of an unfinished line at the start of the buffer
+    while (total < limit) {
+        buffer.resize(kept + qsizetype(std::min<qint64>(blockSize, limit - total)));
+        const qint64 got = device.read(buffer.data() + kept, buffer.size() - kept);
+        if (got < 0)
+            return -1;
+        if (got == 0)
+            break;
+        total += got;
+        const QByteArrayView filled(buffer.constData(), kept + qsizetype(got));
+        const auto lastBreak = std::find_if(filled.rbegin(), filled.rend(), isLineBreak);
+        const qsizetype blockEnd = filled.size() - (lastBreak - filled.rbegin());
+        if (blockEnd > 0)
+            readBlock(filled.first(blockEnd));
+        kept = filled.size() - blockEnd;
+        std::copy(filled.begin() + blockEnd, filled.end(), buffer.begin());
+    }
+    readBlock(QByteArrayView(buffer.constData(), kept));
+    return total;
+}
+
+// The channels that a run found, or why there are none.
+PlaylistReadResult finished(PlaylistParserRun &run, const WebAddress &base)
+{
+    QList<PlaylistEntry> entries = run.takeEntries();
+    if (entries.isEmpty())
+        return PlaylistReadResult::failed(localizedDescription(PlaylistError::empty));
+    if (!base.isLocalFile())
+        keepWebLogosOnly(entries);
+    return {std::move(entries), {}};
+}
+
 } // namespace
 
 QString PlaylistReader::tooLargeDescription()
@@ -86,17 +79,55 @@ QString PlaylistReader::tooLargeDescription()
 
 PlaylistReadResult PlaylistReader::read(QByteArrayView bytes, const WebAddress &base)
 {
-    if (!isText(bytes))
+    PlaylistTextSurvey survey;
+    survey.add(bytes);
+    if (!survey.isText())
         return PlaylistReadResult::failed(PlaylistTexts::notAPlaylist.toString());
-    const std::optional<QString> text = PlaylistTextDecoder::decode(bytes);
-    if (!text)
-        return PlaylistReadResult::failed(localizedDescription(PlaylistError::invalidEncoding));
-    QList<PlaylistEntry> entries = PlaylistParser::parse(*text, base);
-    if (entries.isEmpty())
-        return PlaylistReadResult::failed(localizedDescription(PlaylistError::empty));
-    if (!base.isLocalFile())
-        keepWebLogosOnly(entries);
-    return {std::move(entries), {}};
+    PlaylistParserRun run(base, survey.encoding(), survey.addressLineBound());
+    run.readBlock(PlaylistTextDecoder::textBytes(bytes, survey.encoding()));
+    return finished(run, base);
+}
+
+PlaylistReadResult PlaylistReader::readDevice(QIODevice &device, const WebAddress &base,
+                                              qint64 limit)
+{
+    // One byte more than allowed tells an oversized file from one of exactly the limit, also for
+    // devices whose size is not known in advance (pipes, special files).
+    const qint64 readLimit = limit < std::numeric_limits<qint64>::max() ? limit + 1 : limit;
+    if (device.isSequential()) {
+        QByteArray bytes;
+        if (readBlocks(device, readLimit, [&bytes](QByteArrayView block) { bytes += block; }) < 0)
+            return PlaylistReadResult::failed(device.errorString());
+        if (bytes.size() > limit)
+            return PlaylistReadResult::failed(tooLargeDescription());
+        return read(bytes, base);
+    }
+    // A file is read twice, a block at a time, so that its bytes are never held whole (nor
+    // touched as fresh memory, which costs more than reading them): surveyed, then parsed.
+    const qint64 start = device.pos();
+    if (device.size() - start > limit)
+        return PlaylistReadResult::failed(tooLargeDescription());
+    PlaylistTextSurvey survey;
+    const qint64 size =
+        readBlocks(device, readLimit, [&survey](QByteArrayView block) { survey.add(block); });
+    if (size < 0)
+        return PlaylistReadResult::failed(device.errorString());
+    if (size > limit)
+        return PlaylistReadResult::failed(tooLargeDescription());
+    if (!survey.isText())
+        return PlaylistReadResult::failed(PlaylistTexts::notAPlaylist.toString());
+    if (!device.seek(start))
+        return PlaylistReadResult::failed(device.errorString());
+    const PlaylistTextDecoder::Encoding encoding = survey.encoding();
+    PlaylistParserRun run(base, encoding, survey.addressLineBound());
+    bool first = true;
+    const auto readBlock = [&](QByteArrayView block) {
+        run.readBlock(first ? PlaylistTextDecoder::textBytes(block, encoding) : block);
+        first = false;
+    };
+    if (readBlocks(device, size, readBlock) < 0)
+        return PlaylistReadResult::failed(device.errorString());
+    return finished(run, base);
 }
 
 PlaylistReadResult PlaylistReader::readFile(const QString &path)
@@ -107,12 +138,5 @@ PlaylistReadResult PlaylistReader::readFile(const QString &path)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return PlaylistReadResult::failed(file.errorString());
-    // One byte more than allowed tells an oversized file from one of exactly the limit, also for
-    // files whose size is not known in advance (pipes, special files).
-    const QByteArray bytes = file.read(maximumBytes + 1);
-    if (file.error() != QFileDevice::NoError)
-        return PlaylistReadResult::failed(file.errorString());
-    if (bytes.size() > maximumBytes)
-        return PlaylistReadResult::failed(tooLargeDescription());
-    return read(bytes, WebAddress::fromLocalFile(info.absoluteFilePath()));
+    return readDevice(file, WebAddress::fromLocalFile(info.absoluteFilePath()), maximumBytes);
 }

@@ -4,6 +4,7 @@
 #include "Playlist/PlaylistReadResult.h"
 
 #include <QByteArrayView>
+#include <QIODevice>
 #include <QString>
 
 // Playlist bytes or files to channels: decoding, parsing and the failures the user is told about.
@@ -18,11 +19,17 @@ public:
     // about 250 MB only with very long addresses), yet a bound on what a server or a mistaken file
     // choice can make the program hold.
     static constexpr qint64 maximumBytes = 64 * 1024 * 1024;
+    // How much of a file is read at a time: a block ends at its last line break.
+    static constexpr qsizetype blockBytes = 1024 * 1024;
     static QString tooLargeDescription();
 
     // UTF-8, else Windows-1252; relative address lines resolve against base. A list whose base is
     // not a local file keeps only http and https logos.
     static PlaylistReadResult read(QByteArrayView bytes, const WebAddress &base);
-    // Reads the whole file at path (at most maximumBytes) and then read() against its address.
+    // What read() makes of the device's bytes from its position on (at most limit of them): a
+    // file is read a block at a time, never whole. The device blocks until it has data (a file,
+    // or a pipe opened as one).
+    static PlaylistReadResult readDevice(QIODevice &device, const WebAddress &base, qint64 limit);
+    // readDevice() of the file at path (at most maximumBytes) against its address.
     static PlaylistReadResult readFile(const QString &path);
 };

@@ -1,6 +1,5 @@
 #include "Playlist/PlaylistJson.h"
 #include "Playlist/PlaylistParser.h"
-#include "Playlist/PlaylistTextDecoder.h"
 
 #include "TestData.h"
 
@@ -62,8 +61,7 @@ void tst_PlaylistJson::roundTripsRealPlaylists()
 {
     const QString file = u"m3u/iptv-org-2021-channels/us.m3u"_s;
     const QList<PlaylistEntry> entries =
-        PlaylistParser::parse(*PlaylistTextDecoder::decode(readTestData(file)),
-                              WebAddress::fromLocalFile(testData(file)));
+        PlaylistParser::parse(readTestData(file), WebAddress::fromLocalFile(testData(file)));
     QVERIFY(entries.size() > 3000);
     const std::optional<QList<PlaylistEntry>> decoded =
         PlaylistJson::decodeList(PlaylistJson::encode(entries));

@@ -6,7 +6,12 @@
 
 #include <QDirIterator>
 #include <QSet>
+#include <QTemporaryDir>
 #include <QTest>
+
+#include <thread>
+
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -36,9 +41,16 @@ const WebAddress &remoteBase()
 
 QList<PlaylistEntry> parseTestData(const QString &relativePath)
 {
-    const std::optional<QString> text = PlaylistTextDecoder::decode(readTestData(relativePath));
-    return PlaylistParser::parse(text.value_or(QString()),
+    return PlaylistParser::parse(readTestData(relativePath),
                                  WebAddress::fromLocalFile(testData(relativePath)));
+}
+
+// What the parser gives for the whole text decoded first: the same characters as UTF-8, which
+// has a byte sequence for every line break and space of the decoded text.
+QList<PlaylistEntry> parseDecoded(QByteArrayView bytes, const WebAddress &base)
+{
+    return PlaylistParser::parse(PlaylistTextDecoder::decode(bytes).value_or(QString()).toUtf8(),
+                                 base);
 }
 
 const PlaylistEntry *findByUrl(const QList<PlaylistEntry> &entries, QStringView url)
@@ -59,6 +71,10 @@ class tst_PlaylistParser : public QObject
 private Q_SLOTS:
     void parses_data();
     void parses();
+    void readsBytesAsTheirText_data();
+    void readsBytesAsTheirText();
+    void readsFilesABlockAtATime_data();
+    void readsFilesABlockAtATime();
     void readsEveryListOfTheCorpus();
     void readsPlaylistsFromTheWild_data();
     void readsPlaylistsFromTheWild();
@@ -157,7 +173,137 @@ void tst_PlaylistParser::parses()
 {
     QFETCH(QString, text);
     QFETCH(QStringList, expected);
-    QCOMPARE(describeAll(PlaylistParser::parse(text, remoteBase())), expected);
+    QCOMPARE(describeAll(PlaylistParser::parse(text.toUtf8(), remoteBase())), expected);
+}
+
+void tst_PlaylistParser::readsBytesAsTheirText_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QStringList>("expected");
+
+    const auto row = [](const char *name, QByteArray bytes, QStringList expected) {
+        QTest::newRow(name) << bytes << expected;
+    };
+    row("UTF-8 names",
+        "#EXTINF:-1 group-title=\"\xd0\x9d\xd0\xbe\xd0\xb2\xd0\xbe\xd1\x81\xd1\x82\xd0\xb8\","
+        "\xe6\xbc\xa2\xe5\xad\x97 \xf0\x9f\x93\xba\nhttp://s/a",
+        {u"\u6f22\u5b57 \U0001F4FA|http://s/a|-|\u041d\u043e\u0432\u043e\u0441\u0442\u0438|-"_s});
+    row("one invalid byte makes every line Windows-1252",
+        "#EXTINF:-1 group-title=\"K\xc3\xb6ln\",Caf\xe9 \x96 News\nhttp://s/a",
+        {u"Caf\u00e9 \u2013 News|http://s/a|-|K\u00c3\u00b6ln|-"_s});
+    row("overlong slash is no UTF-8",
+        "#EXTINF:-1,A\xc0\xaf"
+        "B\nhttp://s/a",
+        {u"A\u00c0\u00afB|http://s/a|-|-|-"_s});
+    row("truncated sequence at the end", "#EXTINF:-1,\xc3\xa9t\xc3\xa9\nhttp://s/a\n#\xe2\x80",
+        {u"\u00c3\u00a9t\u00c3\u00a9|http://s/a|-|-|-"_s});
+    row("byte-order mark before the first line", "\xef\xbb\xbfhttp://s/a\n",
+        {u"a|http://s/a|-|-|-"_s});
+    row("byte-order marks inside a line stay",
+        "#EXTINF:-1,\xef\xbb\xbf\xef\xbb\xbf"
+        "A\nhttp://s/a",
+        {u"\ufeff\ufeffA|http://s/a|-|-|-"_s});
+    row("NUL bytes are characters", QByteArray("#EXTINF:-1,A\0B\nhttp://s/a\0\nhttp://s/b", 37),
+        {QString(u"A"_s + QChar(0) + u"B|http://s/b|-|-|-"_s)});
+    row("UTF-8 next line, line and paragraph separators break lines",
+        "#EXTINF:-1,A\xc2\x85http://s/a\xe2\x80\xa8#EXTINF:-1,B\xe2\x80\xa9http://s/b",
+        {u"A|http://s/a|-|-|-"_s, u"B|http://s/b|-|-|-"_s});
+    row("their first bytes alone do not",
+        "#EXTINF:-1,\xc2\xa9 A \xe2\x80\x94 \xe2\x80\xa6\nhttp://s/a",
+        {u"\u00a9 A \u2014 \u2026|http://s/a|-|-|-"_s});
+    row("in Windows-1252, 0x85 is an ellipsis",
+        "#EXTINF:-1,A\x85"
+        "B \xff\nhttp://s/a",
+        {u"A\u2026B \u00ff|http://s/a|-|-|-"_s});
+    row("Unicode spaces are trimmed",
+        "#EXTINF:-1 group-title=\"\xe3\x80\x80G\xc2\xa0\",\xe2\x80\x83N\xe2\x80\xaf\n"
+        "\xc2\xa0http://s/a\xe3\x80\x80",
+        {u"N|http://s/a|-|G|-"_s});
+    row("Windows-1252 no-break spaces are trimmed", "#EXTINF:-1,\xa0N\xe9\xa0\n\xa0http://s/a\xa0",
+        {u"N\u00e9|http://s/a|-|-|-"_s});
+    row("a non-ASCII byte in an address", "http://s/\xc3\xa9\nhttp://s/\xe9\nhttp://s/b",
+        {u"b|http://s/b|-|-|-"_s});
+    row("non-ASCII country codes",
+        "#EXTINF:-1 tvg-country=\"\xc3\xa9s\",A\nhttp://s/a\n"
+        "#EXTINF:-1 tvg-country=\"\xc3\xa9\",B\nhttp://s/b",
+        {u"A|http://s/a|-|-|\u00c9S"_s, u"B|http://s/b|-|-|-"_s});
+}
+
+void tst_PlaylistParser::readsBytesAsTheirText()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QStringList, expected);
+    QCOMPARE(describeAll(PlaylistParser::parse(bytes, remoteBase())), expected);
+    QCOMPARE(describeAll(parseDecoded(bytes, remoteBase())), expected);
+}
+
+void tst_PlaylistParser::readsFilesABlockAtATime_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<int>("count");
+
+    constexpr qsizetype block = PlaylistReader::blockBytes;
+    // A comment line of the given length, so that what follows starts there.
+    const auto filler = [](qsizetype length) { return "#" + QByteArray(length - 2, 'x') + "\n"; };
+    const QByteArray channel = "#EXTINF:-1 group-title=\"G\",Name\nhttp://s/a\n";
+    QTest::newRow("description ends a block, its address starts the next")
+        << filler(block - 20) + "#EXTINF:-1,Name\r\nhttp://s/after/the/block/boundary\n"
+        << 1;
+    QTest::newRow("CR LF split by a block boundary")
+        << filler(block - 10) + "http://s/a\r\nhttp://s/b\n"
+        << 2;
+    QTest::newRow("UTF-8 sequences across a block boundary")
+        << filler(block - 14) + "#EXTINF:-1,\xc3\xa9\xc3\xa9\xe2\x80\xa8http://s/a\n"
+        << 1;
+    QTest::newRow("blank lines for two blocks between description and address")
+        << "#EXTINF:-1 group-title=\"Held\",Held\n" + QByteArray(2 * block + 5, '\n') +
+               "http://s/a\n"
+        << 1;
+    QTest::newRow("a line longer than two blocks")
+        << "#EXTINF:-1," + QByteArray(2 * block + 7, 'n') + "\nhttp://s/a\n" + channel << 2;
+    QTest::newRow("one Windows-1252 byte in the last block decides for all")
+        << "#EXTINF:-1,\xc3\xa9\nhttp://s/a\n" + channel.repeated(3 * block / channel.size()) +
+               "#EXTINF:-1,\xe9\nhttp://s/b"
+        << int(3 * block / channel.size() + 2);
+    QTest::newRow("byte-order mark and no final line break")
+        << "\xef\xbb\xbfhttp://s/a\n" + channel.repeated(block / channel.size()) + "http://s/z"
+        << int(block / channel.size() + 2);
+}
+
+void tst_PlaylistParser::readsFilesABlockAtATime()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(int, count);
+    QTemporaryDir folder;
+    const QString path = folder.filePath(u"list.m3u"_s);
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+    file.close();
+    const WebAddress base = WebAddress::fromLocalFile(path);
+    const QStringList whole = describeAll(PlaylistReader::read(bytes, base).entries);
+    QCOMPARE(whole.size(), count);
+    QCOMPARE(describeAll(PlaylistReader::readFile(path).entries), whole);
+
+    // A pipe cannot go back: it is read whole, and gives the same.
+    int ends[2];
+    QCOMPARE(pipe(ends), 0);
+    std::thread writer([&bytes, in = ends[1]] {
+        for (qsizetype written = 0; written < bytes.size();) {
+            const ssize_t n =
+                ::write(in, bytes.constData() + written, size_t(bytes.size() - written));
+            if (n <= 0)
+                break;
+            written += n;
+        }
+        ::close(in);
+    });
+    QFile piped;
+    QVERIFY(piped.open(ends[0], QIODevice::ReadOnly, QFileDevice::AutoCloseHandle));
+    QVERIFY(piped.isSequential());
+    const PlaylistReadResult fromPipe =
+        PlaylistReader::readDevice(piped, base, PlaylistReader::maximumBytes);
+    writer.join();
+    QCOMPARE(describeAll(fromPipe.entries), whole);
 }
 
 void tst_PlaylistParser::readsEveryListOfTheCorpus()
@@ -187,11 +333,12 @@ void tst_PlaylistParser::readsEveryListOfTheCorpus()
     for (const QString &path : std::as_const(files)) {
         QFile file(path);
         QVERIFY(file.open(QIODevice::ReadOnly));
-        const QString text = PlaylistTextDecoder::decode(file.readAll()).value_or(QString());
+        const QByteArray bytes = file.readAll();
         const WebAddress base = WebAddress::fromLocalFile(path);
-        const QList<PlaylistEntry> entries = PlaylistParser::parse(text, base);
-        // The same text gives the same channels, each under an id of its own.
-        QCOMPARE(describeAll(PlaylistParser::parse(text, base)), describeAll(entries));
+        const QList<PlaylistEntry> entries = PlaylistParser::parse(bytes, base);
+        // The bytes read in place give the channels of their decoded text, each under an id of
+        // its own.
+        QCOMPARE(describeAll(parseDecoded(bytes, base)), describeAll(entries));
         for (const PlaylistEntry &entry : entries) {
             QVERIFY2(!entry.name.isEmpty(), qPrintable(path));
             QCOMPARE(WebAddress::fromText(entry.url.text()), entry.url);
@@ -293,31 +440,29 @@ void tst_PlaylistParser::listsFromTheNetworkNameWebLogosOnly()
 
 void tst_PlaylistParser::survivesHostileInput_data()
 {
-    QTest::addColumn<QString>("text");
+    QTest::addColumn<QByteArray>("text");
     QTest::addColumn<int>("count");
 
-    const QString longName(50 * 1024 * 1024, u'x');
+    const QByteArray longName(50 * 1024 * 1024, 'x');
     QTest::newRow("50 MB description line")
-        << (u"#EXTINF:-1 tvg-name=\""_s + longName + u"\nhttp://s/a"_s) << 1;
-    QTest::newRow("50 MB address line") << (u"http://s/"_s + longName) << 1;
+        << ("#EXTINF:-1 tvg-name=\"" + longName + "\nhttp://s/a") << 1;
+    QTest::newRow("50 MB address line") << ("http://s/" + longName) << 1;
     QTest::newRow("50 MB of one attribute name")
-        << (u"#EXTINF:-1 "_s + QString(u"tvg-logo"_s).repeated(6 * 1024 * 1024) + u"\nhttp://s/a"_s)
-        << 1;
+        << ("#EXTINF:-1 " + QByteArray("tvg-logo").repeated(6 * 1024 * 1024) + "\nhttp://s/a") << 1;
+    QTest::newRow("50 MB of line separators")
+        << QByteArray("\xe2\x80\xa8").repeated(17 * 1024 * 1024) + "http://s/a" << 1;
     QTest::newRow("a million descriptions without addresses")
-        << QString(u"#EXTINF:-1 tvg-id=\"x.us\" group-title=\"G\",Name\n"_s).repeated(1000000) << 0;
-    QTest::newRow("a million blank lines") << QString(u" \t\r\n"_s).repeated(1000000) << 0;
-    QTest::newRow("NUL characters")
-        << QString(u"#EXTINF:-1,A"_s + QChar(0) + u"B\nhttp://s/a"_s + QChar(0) + u"\nhttp://s/b"_s)
-        << 1;
+        << QByteArray("#EXTINF:-1 tvg-id=\"x.us\" group-title=\"G\",Name\n").repeated(1000000) << 0;
+    QTest::newRow("a million blank lines") << QByteArray(" \t\r\n").repeated(1000000) << 0;
     QTest::newRow("unclosed quotes everywhere")
-        << QString(u"#EXTINF:-1 tvg-name=\"a tvg-logo=\"b group-title=\"c\nhttp://s/a\n"_s)
+        << QByteArray("#EXTINF:-1 tvg-name=\"a tvg-logo=\"b group-title=\"c\nhttp://s/a\n")
                .repeated(100000)
         << 100000;
 }
 
 void tst_PlaylistParser::survivesHostileInput()
 {
-    QFETCH(QString, text);
+    QFETCH(QByteArray, text);
     QFETCH(int, count);
     QCOMPARE(PlaylistParser::parse(text, remoteBase()).size(), count);
 }

@@ -12,6 +12,7 @@
 #include <QSet>
 
 #include <cstdio>
+#include <limits>
 #include <optional>
 
 using namespace Qt::StringLiterals;
@@ -84,15 +85,11 @@ Playlist readPlaylist(const QString &path, const WebAddress &base)
         return {
             {},
             fail(exitBadInput, QStringLiteral("cannot read %1: %2").arg(path, file.errorString()))};
-    const QByteArray bytes = file.readAll();
-    if (file.error() != QFileDevice::NoError)
-        return {
-            {},
-            fail(exitBadInput, QStringLiteral("cannot read %1: %2").arg(path, file.errorString()))};
-    // The player's own reading: the same text rules, refusals and logos as in the application.
-    PlaylistReadResult result = PlaylistReader::read(
-        bytes,
-        base.isNull() ? WebAddress::fromLocalFile(QFileInfo(path).absoluteFilePath()) : base);
+    // The player's own reading: the same text rules, refusals and logos as in the application,
+    // without its size limit.
+    PlaylistReadResult result = PlaylistReader::readDevice(
+        file, base.isNull() ? WebAddress::fromLocalFile(QFileInfo(path).absoluteFilePath()) : base,
+        std::numeric_limits<qint64>::max());
     if (!result.succeeded())
         return {{},
                 fail(result.failure == localizedDescription(PlaylistError::empty) ? exitNoEntries

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "Base/WebAddress.h"
+#include "Playlist/EncodedText.h"
+#include "Playlist/PlaylistEntry.h"
+#include "Playlist/RandomUuidSource.h"
+#include "Playlist/StringPool.h"
+
+#include <QByteArray>
+#include <QByteArrayView>
+#include <QList>
+
+#include <optional>
+
+// One pass of PlaylistParser over a playlist given in blocks, so that a file can be read a piece
+// at a time: the state that lives from one line to the next.
+class PlaylistParserRun
+{
+public:
+    // capacity: how many channels to make room for at once.
+    PlaylistParserRun(const WebAddress &base, PlaylistTextDecoder::Encoding encoding,
+                      qsizetype capacity);
+
+    // The next block of text bytes (the byte-order mark left out). A block ends after a line break
+    // byte (LF, VT, FF or CR), except the last one; it need not outlive the call.
+    void readBlock(QByteArrayView block);
+    QList<PlaylistEntry> takeEntries() { return std::move(m_entries); }
+
+private:
+    void readLine(QByteArrayView line);
+    void addEntry(const WebAddress &address);
+    QString entryName(const WebAddress &address, std::optional<QByteArrayView> tvgName) const;
+
+    const WebAddress &m_base;
+    const EncodedText m_text;
+    // The last description line since the previous address line; it applies to the next one.
+    // It points into the block being read, or into m_heldDescription once that block is gone.
+    std::optional<QByteArrayView> m_description;
+    QByteArray m_heldDescription;
+    QList<PlaylistEntry> m_entries;
+    StringPool m_groups;
+    StringPool m_countries;
+    RandomUuidSource m_uuids;
+};
