@@ -48,12 +48,17 @@ qint64 readBlocks(QIODevice &device, qint64 limit, ReadBlock &&readBlock)
             break;
         total += got;
         const QByteArrayView filled(buffer.constData(), kept + qsizetype(got));
-        const auto lastBreak = std::find_if(filled.rbegin(), filled.rend(), isLineBreak);
-        const qsizetype blockEnd = filled.size() - (lastBreak - filled.rbegin());
-        if (blockEnd > 0)
-            readBlock(filled.first(blockEnd));
+        // The kept bytes hold no line break: only the new ones are searched.
+        const QByteArrayView fresh = filled.sliced(kept);
+        const auto lastBreak = std::find_if(fresh.rbegin(), fresh.rend(), isLineBreak);
+        const qsizetype blockEnd =
+            lastBreak == fresh.rend() ? 0 : filled.size() - (lastBreak - fresh.rbegin());
         kept = filled.size() - blockEnd;
-        std::copy(filled.begin() + blockEnd, filled.end(), buffer.begin());
+        // A line longer than a block stays where it is and grows, instead of being moved again.
+        if (blockEnd > 0) {
+            readBlock(filled.first(blockEnd));
+            std::copy(filled.begin() + blockEnd, filled.end(), buffer.begin());
+        }
     }
     readBlock(QByteArrayView(buffer.constData(), kept));
     return total;
