@@ -50,7 +50,7 @@ QList<PlaylistEntry> PlaylistParser::parse(QByteArrayView bytes, const WebAddres
     PlaylistTextSurvey survey;
     survey.add(bytes);
     const PlaylistTextDecoder::Encoding encoding = survey.encoding();
-    PlaylistParserRun run(base, encoding, survey.addressLineBound());
+    PlaylistParserRun run(base, encoding, survey.channelCapacity());
     run.readBlock(PlaylistTextDecoder::textBytes(bytes, encoding));
     return run.takeEntries();
 }

@@ -88,7 +88,7 @@ PlaylistReadResult PlaylistReader::read(QByteArrayView bytes, const WebAddress &
     survey.add(bytes);
     if (!survey.isText())
         return PlaylistReadResult::failed(PlaylistTexts::notAPlaylist.toString());
-    PlaylistParserRun run(base, survey.encoding(), survey.addressLineBound());
+    PlaylistParserRun run(base, survey.encoding(), survey.channelCapacity());
     run.readBlock(PlaylistTextDecoder::textBytes(bytes, survey.encoding()));
     return finished(run, base);
 }
@@ -124,7 +124,7 @@ PlaylistReadResult PlaylistReader::readDevice(QIODevice &device, const WebAddres
     if (!device.seek(start))
         return PlaylistReadResult::failed(device.errorString());
     const PlaylistTextDecoder::Encoding encoding = survey.encoding();
-    PlaylistParserRun run(base, encoding, survey.addressLineBound());
+    PlaylistParserRun run(base, encoding, survey.channelCapacity());
     bool first = true;
     const auto readBlock = [&](QByteArrayView block) {
         run.readBlock(first ? PlaylistTextDecoder::textBytes(block, encoding) : block);

@@ -5,6 +5,8 @@
 #include <QByteArray>
 #include <QByteArrayView>
 
+#include <algorithm>
+
 // The first look at a playlist's bytes, taken block by block so that a file need not be held
 // whole: whether they can be text at all, the encoding of the text, and how many channels it can
 // hold at most (so that the list of channels is made once, at its size).
@@ -20,12 +22,18 @@ public:
     // ever (random bytes and binary files are full of them).
     bool isText() const;
     PlaylistTextDecoder::Encoding encoding() const;
-    // At least the number of address lines: lines neither blank nor starting with "#" after
-    // spaces and tabs (what the count misses, the list grows for).
-    qsizetype addressLineBound() const { return m_addressLineBound; }
+    // How many channels to make room for at once: the lines that can be addresses (neither blank
+    // nor starting with "#" after spaces and tabs), but no more than one per minimumChannelBytes.
+    // Lists denser than that grow as they go, and a file of junk lines reserves no gigabytes.
+    qsizetype channelCapacity() const
+    {
+        return qsizetype(std::min<qint64>(m_addressLineBound, m_size / minimumChannelBytes));
+    }
 
 private:
     static constexpr qsizetype startLength = 8;
+    // Less than any real list spends on a channel with its description (150 to 250 bytes).
+    static constexpr qint64 minimumChannelBytes = 128;
 
     QByteArray m_start; // the first bytes, where media and archive files show what they are
     qint64 m_size = 0;
