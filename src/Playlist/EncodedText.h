@@ -6,6 +6,8 @@
 #include <QChar>
 #include <QString>
 
+#include <optional>
+
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
@@ -115,27 +117,34 @@ private:
         return 0;
     }
 
+    // Whether the byte is white space, when it is a character by itself: an ASCII byte, or any
+    // byte of Windows-1252. Nothing for a byte of a longer UTF-8 sequence.
+    std::optional<bool> isSpaceByte(char byte) const
+    {
+        const auto value = static_cast<unsigned char>(byte);
+        if (value < 0x80)
+            return isAsciiSpace(value);
+        if (m_encoding != Encoding::utf8)
+            return QChar::isSpace(char32_t(PlaylistTextDecoder::windows1252Character(value)));
+        return std::nullopt;
+    }
+
     // Whether the character at the front (back) of text is white space; length is set to its size
     // in bytes.
     bool isSpaceAtFront(QByteArrayView text, qsizetype &length) const
     {
-        const auto lead = static_cast<unsigned char>(text.front());
         length = 1;
-        if (lead < 0x80)
-            return isAsciiSpace(lead);
-        if (m_encoding != Encoding::utf8)
-            return QChar::isSpace(char32_t(PlaylistTextDecoder::windows1252Character(lead)));
+        if (const std::optional<bool> space = isSpaceByte(text.front()))
+            return *space;
+        const auto lead = static_cast<unsigned char>(text.front());
         length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
         return length <= text.size() && QChar::isSpace(codePoint(text.first(length)));
     }
     bool isSpaceAtBack(QByteArrayView text, qsizetype &length) const
     {
-        const auto last = static_cast<unsigned char>(text.back());
         length = 1;
-        if (last < 0x80)
-            return isAsciiSpace(last);
-        if (m_encoding != Encoding::utf8)
-            return QChar::isSpace(char32_t(PlaylistTextDecoder::windows1252Character(last)));
+        if (const std::optional<bool> space = isSpaceByte(text.back()))
+            return *space;
         while (length < text.size() && length < 4 &&
                (static_cast<unsigned char>(text[text.size() - length]) & 0xC0) == 0x80)
             ++length;

@@ -1,7 +1,6 @@
 #include "Playlist/PlaylistParser.h"
 
 #include "Playlist/PlaylistParserRun.h"
-#include "Playlist/PlaylistTextSurvey.h"
 
 #include <QTextBoundaryFinder>
 
@@ -49,9 +48,14 @@ QList<PlaylistEntry> PlaylistParser::parse(QByteArrayView bytes, const WebAddres
 {
     PlaylistTextSurvey survey;
     survey.add(bytes);
-    const PlaylistTextDecoder::Encoding encoding = survey.encoding();
-    PlaylistParserRun run(base, encoding, survey.channelCapacity());
-    run.readBlock(PlaylistTextDecoder::textBytes(bytes, encoding));
+    return parse(bytes, base, survey);
+}
+
+QList<PlaylistEntry> PlaylistParser::parse(QByteArrayView bytes, const WebAddress &base,
+                                           const PlaylistTextSurvey &survey)
+{
+    PlaylistParserRun run(base, survey.encoding(), survey.channelCapacity());
+    run.readBlock(PlaylistTextDecoder::textBytes(bytes, survey.encoding()));
     return run.takeEntries();
 }
 

@@ -3,6 +3,7 @@
 #include "Base/WebAddress.h"
 #include "Playlist/EncodedText.h"
 #include "Playlist/PlaylistEntry.h"
+#include "Playlist/PlaylistTextSurvey.h"
 #include "Playlist/StringPool.h"
 
 #include <QByteArrayView>
@@ -22,6 +23,9 @@ public:
     // PlaylistTextDecoder makes of the bytes. Relative address lines resolve against base (the
     // playlist's own address or file address).
     static QList<PlaylistEntry> parse(QByteArrayView bytes, const WebAddress &base);
+    // The same, for bytes whose survey the caller has already taken.
+    static QList<PlaylistEntry> parse(QByteArrayView bytes, const WebAddress &base,
+                                      const PlaylistTextSurvey &survey);
 
 private:
     // The attributes a description line can carry. Each is looked up as a plain, case-insensitive

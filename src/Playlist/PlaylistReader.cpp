@@ -1,6 +1,7 @@
 #include "Playlist/PlaylistReader.h"
 
 #include "Playlist/PlaylistError.h"
+#include "Playlist/PlaylistParser.h"
 #include "Playlist/PlaylistParserRun.h"
 #include "Playlist/PlaylistTextSurvey.h"
 #include "Playlist/PlaylistTexts.h"
@@ -64,10 +65,9 @@ qint64 readBlocks(QIODevice &device, qint64 limit, ReadBlock &&readBlock)
     return total;
 }
 
-// The channels that a run found, or why there are none.
-PlaylistReadResult finished(PlaylistParserRun &run, const WebAddress &base)
+// The channels found, or why there are none.
+PlaylistReadResult finished(QList<PlaylistEntry> entries, const WebAddress &base)
 {
-    QList<PlaylistEntry> entries = run.takeEntries();
     if (entries.isEmpty())
         return PlaylistReadResult::failed(localizedDescription(PlaylistError::empty));
     if (!base.isLocalFile())
@@ -88,9 +88,7 @@ PlaylistReadResult PlaylistReader::read(QByteArrayView bytes, const WebAddress &
     survey.add(bytes);
     if (!survey.isText())
         return PlaylistReadResult::failed(PlaylistTexts::notAPlaylist.toString());
-    PlaylistParserRun run(base, survey.encoding(), survey.channelCapacity());
-    run.readBlock(PlaylistTextDecoder::textBytes(bytes, survey.encoding()));
-    return finished(run, base);
+    return finished(PlaylistParser::parse(bytes, base, survey), base);
 }
 
 PlaylistReadResult PlaylistReader::readDevice(QIODevice &device, const WebAddress &base,
@@ -132,7 +130,7 @@ PlaylistReadResult PlaylistReader::readDevice(QIODevice &device, const WebAddres
     };
     if (readBlocks(device, size, readBlock) < 0)
         return PlaylistReadResult::failed(device.errorString());
-    return finished(run, base);
+    return finished(run.takeEntries(), base);
 }
 
 PlaylistReadResult PlaylistReader::readFile(const QString &path)

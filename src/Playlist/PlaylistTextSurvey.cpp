@@ -41,7 +41,7 @@ constexpr std::pair<qsizetype, std::string_view> binarySignatures[] = {
 struct ByteCounts
 {
     qint64 controls = 0; // control characters other than tab, line breaks and form feed
-    qint64 nuls = 0;
+    bool hasNul = false;
 };
 
 bool isUnusualControl(unsigned char byte)
@@ -67,16 +67,15 @@ ByteCounts countBytes(QByteArrayView block)
         for (const char allowed : {'\t', '\n', '\r', '\f'})
             controls = _mm_andnot_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8(allowed)), controls);
         controls = _mm_or_si128(controls, _mm_cmpeq_epi8(bytes, _mm_set1_epi8(0x7F)));
-        // Both are rare in text, so they are counted only where they are.
+        // Rare in text, so counted only where they are.
         if (const int mask = _mm_movemask_epi8(controls))
             counts.controls += std::bitset<16>(unsigned(mask)).count();
-        if (const int mask = _mm_movemask_epi8(_mm_cmpeq_epi8(bytes, zero)))
-            counts.nuls += std::bitset<16>(unsigned(mask)).count();
+        counts.hasNul = counts.hasNul || _mm_movemask_epi8(_mm_cmpeq_epi8(bytes, zero)) != 0;
     }
 #endif
     for (; p != end; ++p) {
         counts.controls += isUnusualControl(static_cast<unsigned char>(*p));
-        counts.nuls += *p == 0;
+        counts.hasNul = counts.hasNul || *p == 0;
     }
     return counts;
 }
@@ -90,7 +89,7 @@ void PlaylistTextSurvey::add(QByteArrayView block)
     m_size += block.size();
     const ByteCounts counts = countBytes(block);
     m_controls += counts.controls;
-    m_hasNul = m_hasNul || counts.nuls > 0;
+    m_hasNul = m_hasNul || counts.hasNul;
     // A block ends at an ASCII byte, never inside a UTF-8 sequence, so the whole is valid exactly
     // when every block is.
     m_validUtf8 = m_validUtf8 && block.isValidUtf8();
