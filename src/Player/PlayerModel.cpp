@@ -1,6 +1,7 @@
 #include "Player/PlayerModel.h"
 
 #include "Base/AppIdentity.h"
+#include "Base/BackgroundRelease.h"
 #include "Base/BackgroundTask.h"
 #include "Base/OptionalText.h"
 #include "Player/MediaFileChooser.h"
@@ -89,6 +90,15 @@ void PlayerModel::assign(T &field, const T &value, void (PlayerModel::*changed)(
         return;
     field = value;
     Q_EMIT(this->*changed)();
+}
+
+void PlayerModel::setPlaylist(QList<PlaylistEntry> playlist)
+{
+    if (playlist == m_playlist)
+        return;
+    m_playlist.swap(playlist);
+    Q_EMIT playlistChanged();
+    releaseInBackground(std::move(playlist));
 }
 
 WebPlayerRegistry *PlayerModel::activeWebPlayer() const
@@ -337,7 +347,7 @@ QFuture<void> PlayerModel::openRemote(QStringView address,
         return QtFuture::makeReadyFuture();
     }
     assign(m_errorMessage, std::optional<QString>(), &PlayerModel::errorMessageChanged);
-    assign(m_playlist, QList<PlaylistEntry>(), &PlayerModel::playlistChanged);
+    setPlaylist({});
     const std::optional<QString> name = trimmedText(displayName);
     const QString title = name.value_or(placeholderTitle());
 
@@ -420,7 +430,7 @@ void PlayerModel::discardLastRemoteSource()
 
 void PlayerModel::clearNetworkStream()
 {
-    assign(m_playlist, QList<PlaylistEntry>(), &PlayerModel::playlistChanged);
+    setPlaylist({});
     assign(m_errorMessage, std::optional<QString>(), &PlayerModel::errorMessageChanged);
     assign(m_isLoading, false, &PlayerModel::isLoadingChanged);
     discardLastRemoteSource();
@@ -463,7 +473,7 @@ void PlayerModel::publishLoadedPlaylist(const QUuid &requestID, const PlaylistRe
     if (requestID != m_remoteRequestID)
         return;
     if (result.succeeded()) {
-        assign(m_playlist, result.entries, &PlayerModel::playlistChanged);
+        setPlaylist(result.entries);
         assign(m_title,
                trimmedText(displayName).value_or(PlayerTexts::networkPlaylistTitle.toString()),
                &PlayerModel::titleChanged);
@@ -500,7 +510,7 @@ PlayerModel::importLocalM3UFile(const QString &path, const std::optional<QString
             if (requestID != m_remoteRequestID)
                 return std::nullopt;
             if (!result.succeeded()) {
-                assign(m_playlist, QList<PlaylistEntry>(), &PlayerModel::playlistChanged);
+                setPlaylist({});
                 assign(m_errorMessage,
                        std::optional<QString>(PlayerTexts::playlistImportFailed.toString() +
                                               result.failure),
@@ -510,7 +520,7 @@ PlayerModel::importLocalM3UFile(const QString &path, const std::optional<QString
             const QFileInfo file(path);
             const QString fileTitle =
                 file.completeBaseName().isEmpty() ? file.fileName() : file.completeBaseName();
-            assign(m_playlist, result.entries, &PlayerModel::playlistChanged);
+            setPlaylist(result.entries);
             assign(m_title, trimmedText(displayName).value_or(fileTitle),
                    &PlayerModel::titleChanged);
             return result.entries;

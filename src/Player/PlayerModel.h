@@ -187,6 +187,8 @@ private:
 
     template <typename T>
     void assign(T &field, const T &value, void (PlayerModel::*changed)());
+    // Publishes a new list; the list it replaces is freed off the main thread.
+    void setPlaylist(QList<PlaylistEntry> playlist);
 
     // Declared first so it outlives every timer and download that refers to it.
     MpvEngine m_engine;

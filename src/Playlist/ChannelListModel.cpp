@@ -1,5 +1,6 @@
 #include "Playlist/ChannelListModel.h"
 
+#include "Base/BackgroundRelease.h"
 #include "Base/BackgroundTask.h"
 
 #include "Playlist/CountryNames.h"
@@ -101,7 +102,7 @@ void ChannelListModel::refilter(bool listChanged)
 void ChannelListModel::show(Filtered filtered, bool listChanged)
 {
     beginResetModel();
-    m_entries = std::move(filtered.entries);
+    releaseInBackground(std::exchange(m_entries, std::move(filtered.entries)));
     m_index = std::move(filtered.index);
     m_rows = std::move(filtered.rows);
     endResetModel();

@@ -1,6 +1,7 @@
 #include "Playlist/PlaylistDownload.h"
 
 #include "Base/AppIdentity.h"
+#include "Base/MemoryPrefault.h"
 #include "Playlist/PlaylistReader.h"
 
 #include <QNetworkAccessManager>
@@ -9,6 +10,7 @@
 #include <QTimer>
 #include <QUrl>
 
+#include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -33,6 +35,9 @@ PlaylistDownload::PlaylistDownload(QNetworkAccessManager &network, const WebAddr
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
                          QNetworkRequest::NoLessSafeRedirectPolicy);
     m_reply = network.get(request);
+    // The network thread hands the body over a piece at a time, however busy the main thread
+    // was: copying a whole list at once would hold the window up for tens of milliseconds.
+    m_reply->setReadBufferSize(readBufferBytes);
     connect(m_reply, &QNetworkReply::metaDataChanged, this, &PlaylistDownload::onMetaDataChanged);
     connect(m_reply, &QNetworkReply::readyRead, this, &PlaylistDownload::onReadyRead);
     connect(m_reply, &QNetworkReply::finished, this, &PlaylistDownload::onFinished);
@@ -52,13 +57,27 @@ void PlaylistDownload::onMetaDataChanged()
     const QVariant length = m_reply->header(QNetworkRequest::ContentLengthHeader);
     if (length.isValid() && length.toLongLong() > PlaylistReader::maximumBytes)
         finish({}, PlaylistReader::tooLargeDescription());
+    else if (length.isValid() && m_body.isEmpty())
+        reserveBody(length.toLongLong());
+}
+
+void PlaylistDownload::reserveBody(qint64 length)
+{
+    // Mapped in one call rather than a page fault per page as the pieces arrive.
+    m_body.reserve(length);
+    MemoryPrefault::prepareForWriting(m_body.data(), size_t(m_body.capacity()));
 }
 
 void PlaylistDownload::onReadyRead()
 {
     if (m_done)
         return;
-    m_body += m_reply->readAll();
+    // Straight into the body: no intermediate copy of each piece.
+    const qsizetype held = m_body.size();
+    const qint64 available = m_reply->bytesAvailable();
+    m_body.resize(held + available);
+    const qint64 read = m_reply->read(m_body.data() + held, available);
+    m_body.truncate(held + std::max<qint64>(read, 0));
     if (m_body.size() > PlaylistReader::maximumBytes)
         finish({}, PlaylistReader::tooLargeDescription());
 }

@@ -30,7 +30,11 @@ Q_SIGNALS:
     void finished(const QByteArray &body, const QString &failure);
 
 private:
+    static constexpr qint64 readBufferBytes = 256 * 1024;
+
     void onMetaDataChanged();
+    // Room for an announced body, so that it is neither moved nor faulted in piece by piece.
+    void reserveBody(qint64 length);
     void onReadyRead();
     void onFinished();
     void finish(QByteArray body, const QString &failure);

@@ -62,6 +62,8 @@ private Q_SLOTS:
     void onlyTheNewestLoadCounts();
     void failedLoadsSayWhy_data();
     void failedLoadsSayWhy();
+    void aLongListArrivesWhole_data();
+    void aLongListArrivesWhole();
     void aHugeBodyNeitherBlocksNorGrows();
     void failedImportsEmptyTheList_data();
     void failedImportsEmptyTheList();
@@ -201,6 +203,46 @@ void tst_PlaylistLoading::failedLoadsSayWhy()
     QCOMPARE(model.errorMessage(), PlayerTexts::playlistOpenFailed.toString() + description);
     QVERIFY(model.playlist().isEmpty());
     QVERIFY(!model.isLoading());
+}
+
+void tst_PlaylistLoading::aLongListArrivesWhole_data()
+{
+    // Megabytes arrive in many pieces, read straight into room reserved for the announced
+    // length, or grown as they come without one.
+    QTest::addColumn<bool>("announced");
+    QTest::addColumn<qsizetype>("pieceSize"); // 0: as fast as the socket takes it
+    QTest::newRow("announced length") << true << qsizetype(0);
+    QTest::newRow("no length, ends at close") << false << qsizetype(0);
+    QTest::newRow("announced length, odd pieces") << true << qsizetype(99'991);
+}
+
+void tst_PlaylistLoading::aLongListArrivesWhole()
+{
+    QFETCH(bool, announced);
+    QFETCH(qsizetype, pieceSize);
+    constexpr int count = 40'000;
+    QByteArray body = "#EXTM3U\n";
+    QStringList expected;
+    for (int i = 0; i < count; ++i) {
+        expected.append(u"Channel %1"_s.arg(i));
+        body += "#EXTINF:-1 group-title=\"G" + QByteArray::number(i % 97) + "\",Channel " +
+                QByteArray::number(i) + "\nhttp://tv.example/" + QByteArray::number(i) + ".m3u8\n";
+    }
+    TestHttpReply reply = playlist(body);
+    reply.announceLength = announced;
+    if (pieceSize > 0) {
+        reply.pieceSize = pieceSize;
+        reply.pieceInterval = 1ms;
+    }
+    TestHttpServer server;
+    server.route("/long.m3u", reply);
+    TestPlayer player;
+    PlayerModel &model = player.model;
+    waitForLoad(model.openRemote(server.url(u"/long.m3u"_s), std::nullopt));
+    QVERIFY2(!model.errorMessage(), qPrintable(model.errorMessage().value_or(QString())));
+    QCOMPARE(names(model.playlist()), expected);
+    QCOMPARE(model.playlist().constLast().url.text(),
+             u"http://tv.example/%1.m3u8"_s.arg(count - 1));
 }
 
 void tst_PlaylistLoading::aHugeBodyNeitherBlocksNorGrows()

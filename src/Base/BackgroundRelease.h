@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QList>
+#include <QThreadPool>
+
+#include <utility>
+
+// Lets go of a list on a worker thread when the caller holds its last reference. Freeing the
+// channels of a long playlist one string at a time takes tens of milliseconds, longer than a
+// frame, so the main thread hands that work away; a list someone else still shares only loses
+// a reference, at once. Short lists are freed in place, where that is cheaper than a hand-over.
+template <typename T>
+void releaseInBackground(QList<T> &&list)
+{
+    constexpr qsizetype inPlaceLimit = 4096;
+    if (list.size() < inPlaceLimit || !list.isDetached()) {
+        list = {};
+        return;
+    }
+    QThreadPool::globalInstance()->start([doomed = std::move(list)] { Q_UNUSED(doomed); });
+}
