@@ -1,0 +1,221 @@
+// Measures what a user waits for when a long playlist address is entered in the running
+// application, for bench/load-in-app:
+//   velm-bench-load FILE RUNS
+// serves FILE over HTTP on 127.0.0.1 from a thread of its own, then RUNS times types its address
+// into the window's address field and presses Return, and times each load from the key press to
+// the first paint of the channel list holding every channel. Meanwhile a 1 ms timer on the main
+// thread records the longest gap between its ticks: how long the window could not have answered.
+// The first load starts from an empty list; the others replace the list of the load before.
+// Prints one JSON line per load, then the longest gap while the idle window repaints its list
+// (what a frame of this window costs on this machine) and the process's peak resident memory.
+
+#include "App/AppSession.h"
+#include "Playlist/ChannelListModel.h"
+#include "UI/AddressField.h"
+#include "UI/ChannelListView.h"
+#include "UI/ContentState.h"
+#include "UI/ContentView.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QThread>
+#include <QTimer>
+#include <QtTest/QTest>
+
+#include "BenchPlayer.h"
+#include "TestHome.h"
+#include "TestHttpServer.h"
+
+#include <cstdio>
+#include <functional>
+#include <memory>
+
+namespace {
+
+int usage()
+{
+    std::fputs("usage: velm-bench-load FILE RUNS\n", stderr);
+    return 2;
+}
+
+// The largest resident set of this process so far, in MiB.
+double peakResidentMiB()
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return 0;
+    for (const QByteArray &line : status.readAll().split('\n')) {
+        if (line.startsWith("VmHWM:"))
+            return line.mid(6).trimmed().split(' ').value(0).toDouble() / 1024;
+    }
+    return 0;
+}
+
+// Serves one file at /list.m3u from a thread of its own, so that sending it costs the main
+// thread nothing.
+class ServerThread
+{
+public:
+    explicit ServerThread(const QString &path)
+    {
+        m_anchor.moveToThread(&m_thread);
+        m_thread.start();
+        QMetaObject::invokeMethod(
+            &m_anchor,
+            [this, path] {
+                m_server = std::make_unique<TestHttpServer>();
+                m_server->route("/list.m3u", TestHttpReply::file(path, "audio/x-mpegurl"));
+                m_url = m_server->url(QStringLiteral("/list.m3u"));
+            },
+            Qt::BlockingQueuedConnection);
+    }
+    ~ServerThread()
+    {
+        QMetaObject::invokeMethod(
+            &m_anchor, [this] { m_server.reset(); }, Qt::BlockingQueuedConnection);
+        m_thread.quit();
+        m_thread.wait();
+    }
+    const QString &url() const { return m_url; }
+
+private:
+    QThread m_thread;
+    QObject m_anchor; // lives on the server's thread, so calls queued to it run there
+    std::unique_ptr<TestHttpServer> m_server;
+    QString m_url;
+};
+
+// The longest gap between ticks of a 1 ms timer on the main thread, since the last reset.
+class StallMeter : public QObject
+{
+public:
+    StallMeter()
+    {
+        m_timer.setTimerType(Qt::PreciseTimer);
+        m_timer.setInterval(1);
+        QObject::connect(&m_timer, &QTimer::timeout, this, [this] {
+            m_longestNs = std::max(m_longestNs, m_sinceTick.nsecsElapsed());
+            m_sinceTick.restart();
+        });
+        reset();
+        m_timer.start();
+    }
+    void reset()
+    {
+        m_longestNs = 0;
+        m_sinceTick.restart();
+    }
+    double longestMs() const { return double(m_longestNs) / 1e6; }
+
+private:
+    QTimer m_timer;
+    QElapsedTimer m_sinceTick;
+    qint64 m_longestNs = 0;
+};
+
+// Calls back after each paint of a widget, once the paint is over.
+class PaintWatch : public QObject
+{
+public:
+    explicit PaintWatch(QWidget *widget, std::function<void()> painted)
+        : m_painted(std::move(painted))
+    {
+        widget->installEventFilter(this);
+    }
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint)
+            QTimer::singleShot(0, this, m_painted);
+        return false;
+    }
+
+private:
+    std::function<void()> m_painted;
+};
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    prepareBenchProcess();
+    useTemporaryHome();
+    QApplication application(argc, argv);
+    const QStringList arguments = application.arguments();
+    const int runs = arguments.value(2).toInt();
+    if (arguments.size() != 3 || runs <= 0 || !QFile::exists(arguments.at(1)))
+        return usage();
+
+    ServerThread server(arguments.at(1));
+    AppSession session;
+    session.show();
+    ContentState &state = session.content().state();
+    ChannelListModel &channels = state.networkChannels();
+    auto *field = session.window().findChild<AddressField *>();
+    ChannelListView *list = nullptr;
+    for (ChannelListView *view : session.window().findChildren<ChannelListView *>())
+        list = view->model() == &channels ? view : list;
+    if (!field || !list) {
+        std::fputs("velm-bench-load: the window has no address field or channel list\n", stderr);
+        return 1;
+    }
+
+    StallMeter stalls;
+    QElapsedTimer sincePress;
+    int run = 0;
+    bool waitingForPaint = false;
+    qsizetype listedAtSettle = 0;
+    double settledMs = 0;
+
+    const auto startLoad = [&] {
+        field->setFocus();
+        field->setText(server.url());
+        stalls.reset();
+        sincePress.restart();
+        QTest::keyClick(field, Qt::Key_Return);
+    };
+    // A load empties the list first; the list it loads settles later.
+    QObject::connect(&channels, &ChannelListModel::rowsSettled, &application, [&] {
+        if (channels.entries().isEmpty() || waitingForPaint)
+            return;
+        settledMs = double(sincePress.nsecsElapsed()) / 1e6;
+        listedAtSettle = channels.filteredCount();
+        waitingForPaint = true;
+        list->viewport()->update();
+    });
+    const PaintWatch paints(list->viewport(), [&] {
+        if (!waitingForPaint)
+            return;
+        waitingForPaint = false;
+        const double listedMs = double(sincePress.nsecsElapsed()) / 1e6;
+        // Half a second more, for whatever the load left to the event loop (the old list's
+        // release, deferred deletions), before the longest stall is read.
+        QTimer::singleShot(500, &application, [&, listedMs] {
+            std::printf("{\"run\":%d,\"replacing\":%s,\"settledMs\":%.1f,\"listedMs\":%.1f,"
+                        "\"channels\":%lld,\"longestStallMs\":%.2f}\n",
+                        run + 1, run > 0 ? "true" : "false", settledMs, listedMs,
+                        static_cast<long long>(listedAtSettle), stalls.longestMs());
+            std::fflush(stdout);
+            if (++run < runs) {
+                startLoad();
+                return;
+            }
+            // For comparison: the longest gap while the idle window repaints its full list.
+            constexpr int repaints = 5;
+            stalls.reset();
+            for (int i = 1; i <= repaints; ++i)
+                QTimer::singleShot(100 * i, list->viewport(), qOverload<>(&QWidget::update));
+            QTimer::singleShot(100 * (repaints + 1), &application, [&] {
+                std::printf("{\"idleRepaintStallMs\":%.2f,\"peakResidentMiB\":%.1f}\n",
+                            stalls.longestMs(), peakResidentMiB());
+                application.quit();
+            });
+        });
+    });
+
+    // The window settles and the empty list paints before the first key press.
+    QTimer::singleShot(1000, &application, startLoad);
+    return application.exec();
+}
