@@ -330,6 +330,20 @@ void MpvEngine::setVolume(double percent)
     mpv_set_property_async(m_handle, untagged, "volume", MPV_FORMAT_DOUBLE, &percent);
 }
 
+void MpvEngine::setVideoPlacement(const VideoPlacement &placement)
+{
+    if (!m_handle || placement == m_placement)
+        return;
+    m_placement = placement;
+    const std::pair<const char *, double> options[] = {{"video-zoom", placement.zoom},
+                                                       {"video-align-x", placement.alignX},
+                                                       {"video-align-y", placement.alignY},
+                                                       {"video-pan-x", placement.panX},
+                                                       {"video-pan-y", placement.panY}};
+    for (auto [name, value] : options)
+        mpv_set_property_async(m_handle, untagged, name, MPV_FORMAT_DOUBLE, &value);
+}
+
 void MpvEngine::setMuted(bool muted)
 {
     if (!m_handle)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Player/PlaybackFailure.h"
+#include "Player/VideoPlacement.h"
 #include <QObject>
 
 #include <QSize>
@@ -52,6 +53,9 @@ public:
     // 0 … 100, the engine's own scale.
     void setVolume(double percent);
     void setMuted(bool muted);
+    // Where the picture goes in the target of the frames drawn from now on. Like every option
+    // it reaches the renderer asynchronously, and mpv then asks for a frame to be drawn again.
+    void setVideoPlacement(const VideoPlacement &placement);
 
     bool hasMedia() const { return m_hasMedia; }
     // Seconds; NaN while unknown. At the end of the media the position is the duration.
@@ -149,4 +153,5 @@ private:
     bool m_endReached = false;
     qint64 m_decoderDrops = 0;
     qint64 m_outputDrops = 0;
+    VideoPlacement m_placement; // as last asked of mpv
 };

@@ -443,6 +443,8 @@ void PlayerHostingView::paintGL()
 void PlayerHostingView::renderDirect(QSize pixels)
 {
     m_frameHoldsPicture = false;
+    if (m_player)
+        m_player->setVideoPlacement({});
     // Whole and letterboxed is mpv's own layout: it draws straight into the widget.
     mpv_opengl_fbo target{int(defaultFramebufferObject()), pixels.width(), pixels.height(), 0};
     int flip = 1;
@@ -454,10 +456,14 @@ void PlayerHostingView::renderDirect(QSize pixels)
 
 void PlayerHostingView::renderFramed(const PlayerLayerLayout &layout, QSize pixels)
 {
-    // mpv draws the picture upright into a buffer of its own shape, as large as it shows on
-    // screen but never beyond its own resolution; the buffer is then placed, cut and turned.
     const double aspect = pictureAspect(m_player);
     const auto corners = PlayerLayerGeometry::pictureCorners(layout, aspect);
+    if (drawsOnlyTheBox(aspect)) {
+        renderBox(layout, corners, pixels);
+        return;
+    }
+    // mpv draws the picture upright into a buffer of its own shape, as large as it shows on
+    // screen but never beyond its own resolution; the buffer is then placed, cut and turned.
     const double dpr = devicePixelRatioF();
     QSizeF shown(std::hypot(corners[1].x() - corners[0].x(), corners[1].y() - corners[0].y()),
                  std::hypot(corners[3].x() - corners[0].x(), corners[3].y() - corners[0].y()));
@@ -467,21 +473,71 @@ void PlayerHostingView::renderFramed(const PlayerLayerLayout &layout, QSize pixe
         shown = QSizeF(native);
     const QSize bufferSize(std::clamp(int(std::lround(shown.width())), 1, 8192),
                            std::clamp(int(std::lround(shown.height())), 1, 8192));
-    if (!prepareFrameBuffer(bufferSize))
+    if (renderIntoFrame(bufferSize, {}))
+        drawPicture(layout, corners, pixels);
+}
+
+bool PlayerHostingView::drawsOnlyTheBox(double aspect) const
+{
+    // The smart mode searches the whole picture for faces, so it keeps it whole.
+    return (m_displayMode == PortraitDisplayMode::fill ||
+            m_displayMode == PortraitDisplayMode::manual) &&
+           aspect > 0;
+}
+
+void PlayerHostingView::renderBox(const PlayerLayerLayout &layout,
+                                  const std::array<QPointF, 4> &corners, QSize pixels)
+{
+    // The box shows about a quarter of the zoomed picture. Drawing the rest, only to cut it
+    // away, cost a software renderer dropped frames at 1080p60.
+    const double dpr = devicePixelRatioF();
+    const QRectF box = layout.cropRect;
+    const QSize target(std::clamp(int(std::lround(box.width() * dpr)), 1, 8192),
+                       std::clamp(int(std::lround(box.height() * dpr)), 1, 8192));
+    const QRectF picture = QRectF(corners[0], corners[2]).translated(-box.topLeft());
+    const QRectF wanted(picture.topLeft() * dpr, picture.size() * dpr);
+    const QSize display = m_player->videoSize();
+    const VideoPlacement placement =
+        PlayerLayerGeometry::placementInTarget(target, wanted, display);
+    if (!renderIntoFrame(target, placement))
         return;
-    // A pan or a change of mode between two frames only places the picture anew: mpv draws a
-    // frame again only when it is new or the buffer is. Redrawing it at every step of a pan
-    // cost a whole scaled frame each time, several percent of the CPU in the smart mode.
-    if (m_hasNewFrame || !m_frameHoldsPicture || !m_player || !m_player->hasMedia()) {
-        mpv_opengl_fbo target{int(m_frame->handle()), bufferSize.width(), bufferSize.height(), 0};
+    // mpv cuts the picture at whole source pixels, so it lands up to a pixel off: the buffer is
+    // stretched back so that the picture falls exactly where the layout puts it.
+    const QRectF drawn = PlayerLayerGeometry::drawnPicture(target, placement, display);
+    const auto inView = [&](double x, double y) {
+        return box.topLeft() +
+               QPointF(wanted.left() + (x - drawn.left()) * wanted.width() / drawn.width(),
+                       wanted.top() + (y - drawn.top()) * wanted.height() / drawn.height()) /
+                   dpr;
+    };
+    const double w = target.width();
+    const double h = target.height();
+    drawPicture(layout, {inView(0, 0), inView(w, 0), inView(w, h), inView(0, h)}, pixels);
+}
+
+bool PlayerHostingView::renderIntoFrame(QSize size, const VideoPlacement &placement)
+{
+    if (!prepareFrameBuffer(size))
+        return false;
+    if (m_player)
+        m_player->setVideoPlacement(placement);
+    // A pan or a change of mode between two frames only places the picture anew when the
+    // buffer already holds what is needed: mpv draws a frame again only when it is new, or the
+    // buffer or what it must hold changed. Redrawing it at every step of a pan cost a whole
+    // scaled frame each time, several percent of the CPU in the smart mode. A new placement
+    // reaches mpv's renderer a moment later, and mpv then sends the frame again.
+    if (m_hasNewFrame || !m_frameHoldsPicture || placement != m_framePlacement || !m_player ||
+        !m_player->hasMedia()) {
+        mpv_opengl_fbo target{int(m_frame->handle()), size.width(), size.height(), 0};
         int flip = 0;
         mpv_render_param parameters[] = {{MPV_RENDER_PARAM_OPENGL_FBO, &target},
                                          {MPV_RENDER_PARAM_FLIP_Y, &flip},
                                          {MPV_RENDER_PARAM_INVALID, nullptr}};
         mpv_render_context_render(m_render, parameters);
         m_frameHoldsPicture = true;
+        m_framePlacement = placement;
     }
-    drawPicture(layout, corners, pixels);
+    return true;
 }
 
 bool PlayerHostingView::prepareFrameBuffer(QSize size)

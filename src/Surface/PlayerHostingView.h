@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Player/VideoPlacement.h"
 #include "Recording/PlayerRecordingSurface.h"
 #include "Surface/FaceBox.h"
 #include "Surface/PlayerLayerLayout.h"
@@ -121,6 +122,13 @@ private:
     void relayout() { update(); }
     void renderDirect(QSize pixels);
     void renderFramed(const PlayerLayerLayout &layout, QSize pixels);
+    // mpv draws only what the box shows, into a buffer of the box's size.
+    void renderBox(const PlayerLayerLayout &layout, const std::array<QPointF, 4> &corners,
+                   QSize pixels);
+    // Whether the picture is drawn box-sized: the modes that neither turn it nor search it.
+    bool drawsOnlyTheBox(double aspect) const;
+    // Has mpv draw its frame into m_frame at that size and placement, unless it holds it already.
+    bool renderIntoFrame(QSize size, const VideoPlacement &placement);
     bool prepareFrameBuffer(QSize size);
     // corners: where the picture's top-left, top-right, bottom-right and bottom-left go.
     void drawPicture(const PlayerLayerLayout &layout, const std::array<QPointF, 4> &corners,
@@ -156,8 +164,10 @@ private:
     quint64 m_smartGeneration = 0;
 
     std::unique_ptr<QOpenGLFramebufferObject> m_frame;
-    // m_frame holds mpv's newest frame at its size; else mpv must draw it before it is placed.
+    // m_frame holds mpv's newest frame at its size and m_framePlacement; else mpv must draw it
+    // before it is placed.
     bool m_frameHoldsPicture = false;
+    VideoPlacement m_framePlacement;
     std::unique_ptr<QOpenGLShaderProgram> m_program;
     std::unique_ptr<QOpenGLBuffer> m_vertices;
 

@@ -1,6 +1,7 @@
 #include "Surface/PlayerLayerGeometry.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -19,6 +20,48 @@ QRectF placed(const QRectF &frame, double aspect, bool fill)
     QRectF picture(QPointF(), size);
     picture.moveCenter(frame.center());
     return picture;
+}
+
+// mpv's fit of a picture of displaySize into the target, in whole pixels: the full width,
+// unless the height then overflows (or shrinks below the picture's own) and the full height fits.
+// Computed in single precision and truncated, as mpv does.
+QSize fittedSize(QSize target, QSize displaySize)
+{
+    const int dw = displaySize.width();
+    const int dh = displaySize.height();
+    int width = target.width();
+    int height = int(float(target.width()) / float(dw) * float(dh));
+    if (height > target.height() || height < dh) {
+        const int heightFitWidth = int(float(target.height()) / float(dh) * float(dw));
+        if (heightFitWidth <= target.width()) {
+            width = heightFitWidth;
+            height = target.height();
+        }
+    }
+    return {width, height};
+}
+
+// Along one axis: where source position 0 and sourceSize land when mpv draws a picture scaled
+// to `scaled` pixels, its start put at pan × scaled, into a target of targetSize pixels. What
+// overhangs is cut at whole source pixels and the rest stretched over the target's part.
+std::pair<double, double> drawnSpan(int sourceSize, int targetSize, int scaled, float pan)
+{
+    int dstStart = int(pan * float(scaled));
+    int dstEnd = dstStart + scaled;
+    int srcStart = 0;
+    int srcEnd = sourceSize;
+    if (dstStart < 0) {
+        srcStart += -dstStart * sourceSize / scaled;
+        dstStart = 0;
+    }
+    if (dstEnd > targetSize) {
+        srcEnd -= (dstEnd - targetSize) * sourceSize / scaled;
+        dstEnd = targetSize;
+    }
+    if (srcEnd <= srcStart || dstEnd <= dstStart)
+        return {0, double(targetSize)};
+    const double perSource = double(dstEnd - dstStart) / (srcEnd - srcStart);
+    return {dstStart - srcStart * perSource, dstStart + (sourceSize - srcStart) * perSource};
 }
 
 } // namespace
@@ -104,4 +147,34 @@ std::array<QPointF, 4> PlayerLayerGeometry::pictureCorners(const PlayerLayerLayo
     const auto turned = [&](QPointF p) { return centre + QPointF(-p.y(), p.x()); };
     return {turned(picture.topLeft()), turned(picture.topRight()), turned(picture.bottomRight()),
             turned(picture.bottomLeft())};
+}
+
+VideoPlacement PlayerLayerGeometry::placementInTarget(QSize target, const QRectF &picture,
+                                                      QSize displaySize)
+{
+    if (target.isEmpty() || displaySize.isEmpty() || picture.isEmpty())
+        return {};
+    VideoPlacement placement;
+    placement.zoom =
+        std::log2(picture.width() / std::max(fittedSize(target, displaySize).width(), 1));
+    placement.alignX = -1;
+    placement.alignY = -1;
+    placement.panX = picture.left() / picture.width();
+    placement.panY = picture.top() / picture.height();
+    return placement;
+}
+
+QRectF PlayerLayerGeometry::drawnPicture(QSize target, const VideoPlacement &placement,
+                                         QSize displaySize)
+{
+    if (target.isEmpty() || displaySize.isEmpty())
+        return QRectF(QPointF(), QSizeF(target));
+    const QSize fitted = fittedSize(target, displaySize);
+    const float scale = std::pow(2.0f, float(placement.zoom));
+    const auto [left, right] = drawnSpan(displaySize.width(), target.width(),
+                                         int(float(fitted.width()) * scale), float(placement.panX));
+    const auto [top, bottom] =
+        drawnSpan(displaySize.height(), target.height(), int(float(fitted.height()) * scale),
+                  float(placement.panY));
+    return QRectF(QPointF(left, top), QPointF(right, bottom));
 }

@@ -1,9 +1,12 @@
 #pragma once
 
+#include "Player/VideoPlacement.h"
 #include "Surface/PlayerLayerLayout.h"
 #include "Surface/PortraitDisplayMode.h"
 
 #include <QPointF>
+#include <QRectF>
+#include <QSize>
 #include <QSizeF>
 
 #include <array>
@@ -41,4 +44,16 @@ public:
     // which stretches it over its layer).
     static std::array<QPointF, 4> pictureCorners(const PlayerLayerLayout &layout,
                                                  double pictureAspect);
+
+    // What mpv is told so that, drawing into a target of that many pixels, it puts an upright
+    // picture of displaySize at picture (in the target's pixels, from its top-left corner; the
+    // picture may overhang the target on any side). mpv first fits the picture into the target
+    // in whole pixels, as reckoned here, then scales it by the zoom and places its top-left
+    // corner by the pans; what overhangs is never drawn.
+    static VideoPlacement placementInTarget(QSize target, const QRectF &picture, QSize displaySize);
+    // Where mpv, told that placement, draws the whole picture's extent in the target's pixels.
+    // It cuts what overhangs at whole pixels of the source and stretches the rest over what
+    // remains of the target, so the picture lands up to a pixel away from where it was asked
+    // to: the target drawn with this rectangle on the wanted one puts it back exactly.
+    static QRectF drawnPicture(QSize target, const VideoPlacement &placement, QSize displaySize);
 };

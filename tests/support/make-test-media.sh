@@ -3,7 +3,9 @@
 set -euo pipefail
 out=$1
 data=$(cd "$(dirname "$0")/../data" && pwd)
-[ -f "$out/.complete" ] && exit 0
+# Made again whenever this script changes, so that a build folder gets media added later.
+stamp=$(sha1sum "$0" | cut -d' ' -f1)
+[ "$(cat "$out/.complete" 2>/dev/null)" = "$stamp" ] && exit 0
 rm -rf "$out" && mkdir -p "$out/vod" "$out/live"
 ff() { ffmpeg -hide_banner -loglevel error -y "$@"; }
 video="-c:v libx264 -preset ultrafast -pix_fmt yuv420p -g 25 -keyint_min 25 -sc_threshold 0"
@@ -31,6 +33,8 @@ ff -f lavfi -i "color=c=red:size=640x360:rate=25:duration=10,drawbox=x=213:y=0:w
 # The same with a white band along the top, for which way up the picture is drawn.
 ff -f lavfi -i "color=c=red:size=640x360:rate=25:duration=10,drawbox=x=213:y=0:w=214:h=360:color=lime:t=fill,drawbox=x=427:y=0:w=213:h=360:color=blue:t=fill,drawbox=x=0:y=0:w=640:h=60:color=white:t=fill" \
     $video "$out/columns-top.mp4"
+# Fine detail at 720p, for comparing where each pixel of the picture lands between two modes.
+ff -f lavfi -i testsrc2=size=1280x720:rate=25:duration=3 $video "$out/detail.mp4"
 # For recordings, 30 frames a second: the three columns with a steady tone, and a black picture
 # that flashes white while a beep sounds, from 0.5 s to 0.6 s of every second.
 ff -f lavfi -i "color=c=red:size=640x360:rate=30:duration=12,drawbox=x=213:y=0:w=214:h=360:color=lime:t=fill,drawbox=x=427:y=0:w=213:h=360:color=blue:t=fill" \
@@ -48,4 +52,4 @@ ff -f lavfi -i color=c=gray:size=1280x720:rate=30:duration=18 \
 printf 'This is a text file, not a video.\n' >"$out/text.mp4"
 : >"$out/empty.mp4"
 head -c 20000 "$out/clip.mp4" >"$out/truncated.mp4"
-touch "$out/.complete"
+echo "$stamp" >"$out/.complete"
