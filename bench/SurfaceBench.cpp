@@ -28,8 +28,7 @@ std::optional<PortraitDisplayMode> modeNamed(const QString &name)
 {
     for (const PortraitDisplayMode mode : PortraitDisplayModes::all) {
         const QString raw = PortraitDisplayModes::rawValue(mode).toString().toLower();
-        if (raw == name || raw.endsWith(QLatin1Char(' ') + name) ||
-            raw.startsWith(name + QLatin1Char(' ')))
+        if (raw.split(QLatin1Char(' ')).contains(name))
             return mode;
     }
     return name == QStringLiteral("normal") ? std::optional(PortraitDisplayMode::normal)
