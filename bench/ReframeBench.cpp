@@ -4,13 +4,13 @@
 // OpenCV's Haar and LBP face cascades) on the face pictures of the tests and on 1080p and 720p
 // frames, and prints one JSON line each: hits (the face's midpoint found within 0.04), false
 // finds on the pictures without a face, and the milliseconds of one step (the frame scaled to the
-// 512-pixel analysis picture, then searched), median and 95th percentile.
+// 256-pixel analysis picture, then searched), median and 95th percentile.
 //   velm-bench-reframe player MODE SECONDS CLIP
 // plays CLIP in a 960 × 540 view in "manual" or "smart" mode and, after two seconds, prints the
 // process's CPU seconds over SECONDS, the searches made, the time a step kept the window's thread
 // (median and longest) and the CPU time of a search on its own thread (median, 95th percentile).
 //   velm-bench-reframe engine-frame CLIP
-// takes the other way to a frame: mpv's own "screenshot-raw" of the decoded picture, then scaled
+// takes a frame as the player does: mpv's own "screenshot-raw" of the decoded picture, then scaled
 // to the 256-pixel analysis size on the CPU, and prints its CPU milliseconds, median and 95th
 // percentile of 30 frames.
 
@@ -149,8 +149,7 @@ int measureDetectors(const QStringList &arguments)
     return 0;
 }
 
-// The engine's picture of the frame on screen: what a step would cost if it asked mpv instead of
-// reading back what the view drew.
+// The engine's picture of the frame on screen, as a smart step takes it.
 int measureEngineFrame(const QString &clip)
 {
     mpv_handle *mpv = mpv_create();

@@ -8,6 +8,7 @@
 
 #include <QByteArray>
 #include <QMetaObject>
+#include <QtConcurrent/QtConcurrentRun>
 
 #include <clocale>
 #include <initializer_list>
@@ -37,6 +38,7 @@ PlaybackFailure failureOf(int error)
 // reads after it carry the load's generation, so replies about replaced media are recognised and
 // ignored.
 constexpr quint64 untagged = 0;
+
 constexpr quint64 seekTag = 1;
 constexpr quint64 loadTagBase = quint64(1) << 48;
 constexpr quint64 fetchTagBase = quint64(2) << 48;
@@ -44,6 +46,39 @@ constexpr quint64 fetchTagBase = quint64(2) << 48;
 quint64 fetchTag(quint64 generation, quint64 propertyID)
 {
     return fetchTagBase + (generation << 8) + propertyID;
+}
+
+// A screenshot-raw result ("bgr0": blue, green, red and a byte left over, as Qt's RGB32 lays
+// out a pixel in memory) scaled to fit maxSide; empty when it is not one.
+QImage scaledScreenshot(const mpv_node &result, int maxSide)
+{
+    if (result.format != MPV_FORMAT_NODE_MAP)
+        return {};
+    qint64 width = 0, height = 0, stride = 0;
+    QByteArray format;
+    const mpv_byte_array *data = nullptr;
+    const mpv_node_list *map = result.u.list;
+    for (int i = 0; i < map->num; ++i) {
+        const QByteArray key(map->keys[i]);
+        const mpv_node &value = map->values[i];
+        if (value.format == MPV_FORMAT_INT64 && key == "w")
+            width = value.u.int64;
+        else if (value.format == MPV_FORMAT_INT64 && key == "h")
+            height = value.u.int64;
+        else if (value.format == MPV_FORMAT_INT64 && key == "stride")
+            stride = value.u.int64;
+        else if (value.format == MPV_FORMAT_STRING && key == "format")
+            format = value.u.string;
+        else if (value.format == MPV_FORMAT_BYTE_ARRAY && key == "data")
+            data = value.u.ba;
+    }
+    if (format != "bgr0" || !data || width <= 0 || height <= 0 || stride < width * 4 ||
+        qint64(data->size) < stride * height)
+        return {};
+    const QImage frame(static_cast<const uchar *>(data->data), int(width), int(height),
+                       qsizetype(stride), QImage::Format_RGB32);
+    // A deep copy, made before mpv's memory is freed.
+    return frame.scaled(maxSide, maxSide, Qt::KeepAspectRatio, Qt::SmoothTransformation);
 }
 
 // The observed properties, by the id mpv reports back.
@@ -101,6 +136,7 @@ void setOption(mpv_handle *handle, const char *name, const QByteArray &value)
 
 MpvEngine::MpvEngine(Output output, QObject *parent) : QObject(parent)
 {
+    m_grabThread.setMaxThreadCount(1);
     // libmpv refuses to start unless numbers are formatted with a "." (it parses and prints
     // option values with the C library). The setting is process-wide; the engine is created on
     // the main thread after the application object, which resets it from the environment.
@@ -134,6 +170,8 @@ MpvEngine::~MpvEngine()
     if (!m_handle)
         return;
     Q_EMIT aboutToShutDown();
+    // A grab under way still uses the handle.
+    m_grabThread.waitForDone();
     mpv_set_wakeup_callback(m_handle, nullptr, nullptr);
     mpv_terminate_destroy(m_handle);
 }
@@ -342,6 +380,23 @@ void MpvEngine::setVideoPlacement(const VideoPlacement &placement)
                                                        {"video-pan-y", placement.panY}};
     for (auto [name, value] : options)
         mpv_set_property_async(m_handle, untagged, name, MPV_FORMAT_DOUBLE, &value);
+}
+
+QFuture<QImage> MpvEngine::grabVideoFrame(int maxSide)
+{
+    if (!m_handle)
+        return QtFuture::makeReadyFuture(QImage());
+    // Without the render API's advanced control mpv converts the decoded frame itself, on its
+    // own thread: the window's thread, which renders, is never asked for it.
+    return QtConcurrent::run(&m_grabThread, [handle = m_handle, maxSide] {
+        const char *command[] = {"screenshot-raw", "video", nullptr};
+        mpv_node result{};
+        if (mpv_command_ret(handle, command, &result) < 0)
+            return QImage();
+        const QImage picture = scaledScreenshot(result, maxSide);
+        mpv_free_node_contents(&result);
+        return picture;
+    });
 }
 
 void MpvEngine::setMuted(bool muted)

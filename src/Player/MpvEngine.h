@@ -2,10 +2,13 @@
 
 #include "Player/PlaybackFailure.h"
 #include "Player/VideoPlacement.h"
-#include <QObject>
 
+#include <QFuture>
+#include <QImage>
+#include <QObject>
 #include <QSize>
 #include <QString>
+#include <QThreadPool>
 
 #include <atomic>
 #include <cmath>
@@ -56,6 +59,11 @@ public:
     // Where the picture goes in the target of the frames drawn from now on. Like every option
     // it reaches the renderer asynchronously, and mpv then asks for a frame to be drawn again.
     void setVideoPlacement(const VideoPlacement &placement);
+    // The decoded picture of the frame shown now, scaled down to fit maxSide pixels by
+    // averaging (so fine patterns do not alias into shapes that are not there); empty without
+    // video. The one call that waits for mpv, which it does on a thread of the engine's own,
+    // never on the caller's. Grabs run one after another.
+    QFuture<QImage> grabVideoFrame(int maxSide);
 
     bool hasMedia() const { return m_hasMedia; }
     // Seconds; NaN while unknown. At the end of the media the position is the duration.
@@ -154,4 +162,5 @@ private:
     qint64 m_decoderDrops = 0;
     qint64 m_outputDrops = 0;
     VideoPlacement m_placement; // as last asked of mpv
+    QThreadPool m_grabThread;   // one thread; emptied before the handle goes
 };

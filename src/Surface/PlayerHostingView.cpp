@@ -26,9 +26,8 @@
 
 namespace {
 
-// Between the stages of a frame's read-back: long enough for a software renderer to finish a
-// stage on its own threads, short against the step interval.
-constexpr int readBackPause = 8;
+// The face network takes pictures 256 pixels across.
+constexpr int analysisSide = 256;
 
 const char *const vertexShader = "attribute vec2 position;\n"
                                  "attribute vec2 textureCoordinate;\n"
@@ -134,37 +133,30 @@ void PlayerHostingView::trackLargestFace()
         return;
     // A frame still on its way to the search, or the search of an earlier frame: this step is
     // skipped, not queued.
-    if (m_readBack || (m_faceSearch && m_faceSearch->isBusy()))
+    if (m_grabbing || (m_faceSearch && m_faceSearch->isBusy()))
         return;
     m_searchedFrameTime = m_shownFrameTime;
-    m_readBack = ReadBack{m_smartGeneration, 0, 0};
-    continueReadBack();
-}
-
-void PlayerHostingView::continueReadBack()
-{
-    if (!m_readBack)
-        return;
-    if (m_readBack->generation != m_smartGeneration) {
-        m_readBack.reset();
-        return;
-    }
+    m_grabbing = true;
+    // The engine hands over the whole decoded frame, scaled down on its own thread: the view
+    // draws only the box, and the search must see the faces outside it.
     QElapsedTimer busy;
     busy.start();
-    QImage picture;
-    const bool going = drawAnalysisStage(m_readBack->stage++, picture);
-    m_readBack->busyMs += busy.nsecsElapsed() / 1e6;
-    if (!going) {
-        m_readBack.reset();
-        return;
-    }
-    if (picture.isNull()) {
-        // The renderer draws the stage meanwhile; the next one then finds it done, not waits.
-        QTimer::singleShot(readBackPause, this, &PlayerHostingView::continueReadBack);
-        return;
-    }
-    startFaceSearch(std::move(picture), m_readBack->busyMs);
-    m_readBack.reset();
+    auto startMs = std::make_shared<double>(0); // this thread's time in starting the grab
+    auto *watcher = new QFutureWatcher<QImage>(this);
+    connect(watcher, &QFutureWatcherBase::finished, this,
+            [this, watcher, startMs, generation = m_smartGeneration] {
+                QElapsedTimer continuation;
+                continuation.start();
+                watcher->deleteLater();
+                m_grabbing = false;
+                QImage picture = watcher->future().result();
+                // The mode changed or a new load began meanwhile: the frame is of no use.
+                if (generation != m_smartGeneration || picture.isNull())
+                    return;
+                startFaceSearch(std::move(picture), *startMs + continuation.nsecsElapsed() / 1e6);
+            });
+    watcher->setFuture(m_player->grabVideoFrame(analysisSide));
+    *startMs = busy.nsecsElapsed() / 1e6;
 }
 
 void PlayerHostingView::startFaceSearch(QImage picture, double windowThreadMs)
@@ -191,78 +183,6 @@ void PlayerHostingView::faceSearchEnded(const std::vector<FaceBox> &faces, quint
     // repaint of its own would present the same frame once more, for nothing the eye could tell.
     const bool playing = m_player && m_player->isPlaying();
     storeHorizontalPan(SmartReframe::nextPan(m_horizontalPan, target), !playing);
-}
-
-bool PlayerHostingView::drawAnalysisStage(int stage, QImage &picture)
-{
-    // In the portrait modes the whole picture is drawn upright into m_frame first.
-    if (!m_frame || !isValid() || !m_program)
-        return false;
-    makeCurrent();
-    const bool drawn = stage == 0   ? drawHalvedFrame()
-                       : stage == 1 ? drawAnalysisFrame()
-                                    : readAnalysisFrame(picture);
-    // Hands what was drawn to the renderer now, not when it is next needed.
-    glFlush();
-    doneCurrent();
-    return drawn;
-}
-
-bool PlayerHostingView::drawHalvedFrame()
-{
-    // The face network takes pictures 256 pixels across. One bilinear pass from the full frame
-    // would skip pixels and alias fine patterns into false faces; drawing twice the size first
-    // and halving it averages each pixel from four, as an area resize does.
-    constexpr int analysisSide = 256;
-    const QSize source = m_frame->size();
-    const double scale =
-        std::min(1.0, double(analysisSide) / std::max(source.width(), source.height()));
-    const QSize size(std::max(1, int(std::lround(source.width() * scale))),
-                     std::max(1, int(std::lround(source.height() * scale))));
-    const QSize doubled = (size * 2).boundedTo(source);
-    if (!m_analysisFrames[0] || m_analysisFrames[0]->size() != doubled)
-        m_analysisFrames[0] = std::make_unique<QOpenGLFramebufferObject>(doubled);
-    if (!m_analysisFrames[1] || m_analysisFrames[1]->size() != size)
-        m_analysisFrames[1] = std::make_unique<QOpenGLFramebufferObject>(size);
-    if (!m_analysisFrames[0]->isValid() || !m_analysisFrames[1]->isValid())
-        return false;
-    drawWholeBuffer(*m_analysisFrames[0], m_frame->texture());
-    return true;
-}
-
-bool PlayerHostingView::drawAnalysisFrame()
-{
-    if (!m_analysisFrames[0] || !m_analysisFrames[1])
-        return false;
-    drawWholeBuffer(*m_analysisFrames[1], m_analysisFrames[0]->texture());
-    return true;
-}
-
-bool PlayerHostingView::readAnalysisFrame(QImage &picture)
-{
-    if (!m_analysisFrames[1])
-        return false;
-    picture = QImage(m_analysisFrames[1]->size(), QImage::Format_RGBA8888);
-    m_analysisFrames[1]->bind();
-    glPixelStorei(GL_PACK_ALIGNMENT, 4);
-    glReadPixels(0, 0, picture.width(), picture.height(), GL_RGBA, GL_UNSIGNED_BYTE,
-                 picture.bits());
-    m_analysisFrames[1]->release();
-    return true;
-}
-
-void PlayerHostingView::drawWholeBuffer(QOpenGLFramebufferObject &target, GLuint texture)
-{
-    // Drawn with the quad program the view already uses: a blit would make the driver build a
-    // program of its own on the first step, a stall of some 50 ms on a software renderer.
-    // Texture row 0, the picture's top, goes to row 0 of the buffer and is read first.
-    constexpr std::array<float, 16> wholeBuffer{-1, -1, 0, 0, 1, -1, 1, 0, 1, 1, 1, 1, -1, 1, 0, 1};
-    target.bind();
-    glViewport(0, 0, target.width(), target.height());
-    glDisable(GL_SCISSOR_TEST);
-    glDisable(GL_BLEND);
-    drawTexture(texture, wholeBuffer);
-    target.release();
 }
 
 void PlayerHostingView::forgetShownFrames()
@@ -396,8 +316,6 @@ void PlayerHostingView::freeRenderContext()
     m_render = nullptr;
     m_frame.reset();
     m_frameHoldsPicture = false;
-    m_analysisFrames = {};
-    m_readBack.reset();
     doneCurrent();
     if (m_player)
         m_player->renderContextFreed();
@@ -479,10 +397,9 @@ void PlayerHostingView::renderFramed(const PlayerLayerLayout &layout, QSize pixe
 
 bool PlayerHostingView::drawsOnlyTheBox(double aspect) const
 {
-    // The smart mode searches the whole picture for faces, so it keeps it whole.
-    return (m_displayMode == PortraitDisplayMode::fill ||
-            m_displayMode == PortraitDisplayMode::manual) &&
-           aspect > 0;
+    // The turned picture of rotate fills its box anyway.
+    return m_displayMode != PortraitDisplayMode::normal &&
+           m_displayMode != PortraitDisplayMode::rotate && aspect > 0;
 }
 
 void PlayerHostingView::renderBox(const PlayerLayerLayout &layout,

@@ -101,15 +101,6 @@ private:
     // One step of the smart mode: the newest frame not yet searched goes to the face search, and
     // its result moves the pan (see SmartReframe).
     void trackLargestFace();
-    // The frame goes to the search in three stages, one an event-loop turn, so that this thread
-    // never waits for the renderer: drawn at twice the search's size, halved, read back.
-    void continueReadBack();
-    // False when the stage cannot be drawn; picture is set by the last stage.
-    bool drawAnalysisStage(int stage, QImage &picture);
-    bool drawHalvedFrame();
-    bool drawAnalysisFrame();
-    bool readAnalysisFrame(QImage &picture);
-    void drawWholeBuffer(QOpenGLFramebufferObject &target, GLuint texture);
     void startFaceSearch(QImage picture, double windowThreadMs);
     void faceSearchEnded(const std::vector<FaceBox> &faces, quint64 generation);
     void storeHorizontalPan(double pan, bool repaint);
@@ -125,7 +116,7 @@ private:
     // mpv draws only what the box shows, into a buffer of the box's size.
     void renderBox(const PlayerLayerLayout &layout, const std::array<QPointF, 4> &corners,
                    QSize pixels);
-    // Whether the picture is drawn box-sized: the modes that neither turn it nor search it.
+    // Whether the picture is drawn box-sized: every mode that does not turn it.
     bool drawsOnlyTheBox(double aspect) const;
     // Has mpv draw its frame into m_frame at that size and placement, unless it holds it already.
     bool renderIntoFrame(QSize size, const VideoPlacement &placement);
@@ -148,15 +139,7 @@ private:
 
     std::unique_ptr<QTimer> m_smartTimer;
     std::unique_ptr<FaceSearch> m_faceSearch; // made with the first step
-    // The frame at twice the face search's size, then at that size.
-    std::array<std::unique_ptr<QOpenGLFramebufferObject>, 2> m_analysisFrames;
-    struct ReadBack
-    {
-        quint64 generation;
-        int stage;
-        double busyMs; // this thread's time in the stages so far
-    };
-    std::optional<ReadBack> m_readBack; // a frame on its way to the search
+    bool m_grabbing = false;                  // a frame on its way from the engine to the search
     // The playback time of the frame drawn last, and of the frame searched last.
     std::optional<double> m_shownFrameTime;
     std::optional<double> m_searchedFrameTime;
