@@ -38,7 +38,6 @@ PlaybackFailure failureOf(int error)
 // reads after it carry the load's generation, so replies about replaced media are recognised and
 // ignored.
 constexpr quint64 untagged = 0;
-
 constexpr quint64 seekTag = 1;
 constexpr quint64 loadTagBase = quint64(1) << 48;
 constexpr quint64 fetchTagBase = quint64(2) << 48;

@@ -46,6 +46,8 @@ QSize fittedSize(QSize target, QSize displaySize)
 // overhangs is cut at whole source pixels and the rest stretched over the target's part.
 std::pair<double, double> drawnSpan(int sourceSize, int targetSize, int scaled, float pan)
 {
+    if (scaled <= 0 || sourceSize <= 0)
+        return {0, double(targetSize)};
     int dstStart = int(pan * float(scaled));
     int dstEnd = dstStart + scaled;
     int srcStart = 0;
