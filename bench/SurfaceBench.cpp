@@ -31,8 +31,7 @@ std::optional<PortraitDisplayMode> modeNamed(const QString &name)
         if (raw.split(QLatin1Char(' ')).contains(name))
             return mode;
     }
-    return name == QStringLiteral("normal") ? std::optional(PortraitDisplayMode::normal)
-                                            : std::nullopt;
+    return std::nullopt;
 }
 } // namespace
 

@@ -141,7 +141,8 @@ void PlayerHostingView::trackLargestFace()
     // draws only the box, and the search must see the faces outside it.
     QElapsedTimer busy;
     busy.start();
-    auto startMs = std::make_shared<double>(0); // this thread's time in starting the grab
+    const QFuture<QImage> frame = m_player->grabVideoFrame(analysisSide);
+    const double startMs = busy.nsecsElapsed() / 1e6; // this thread's time in starting the grab
     auto *watcher = new QFutureWatcher<QImage>(this);
     connect(watcher, &QFutureWatcherBase::finished, this,
             [this, watcher, startMs, generation = m_smartGeneration] {
@@ -153,10 +154,9 @@ void PlayerHostingView::trackLargestFace()
                 // The mode changed or a new load began meanwhile: the frame is of no use.
                 if (generation != m_smartGeneration || picture.isNull())
                     return;
-                startFaceSearch(std::move(picture), *startMs + continuation.nsecsElapsed() / 1e6);
+                startFaceSearch(std::move(picture), startMs + continuation.nsecsElapsed() / 1e6);
             });
-    watcher->setFuture(m_player->grabVideoFrame(analysisSide));
-    *startMs = busy.nsecsElapsed() / 1e6;
+    watcher->setFuture(frame);
 }
 
 void PlayerHostingView::startFaceSearch(QImage picture, double windowThreadMs)
