@@ -3,16 +3,17 @@
 // runs each candidate detector (the shipped BlazeFace "back" model, the BlazeFace "front" model,
 // OpenCV's Haar and LBP face cascades) on the face pictures of the tests and on 1080p and 720p
 // frames, and prints one JSON line each: hits (the face's midpoint found within 0.04), false
-// finds on the pictures without a face, and the milliseconds of one step (the frame scaled to the
-// 256-pixel analysis picture, then searched), median and 95th percentile.
+// finds on the pictures without a face, and the CPU milliseconds of one search of the 256-pixel
+// analysis picture of a 1080p frame, median and 95th percentile.
 //   velm-bench-reframe player MODE SECONDS CLIP
 // plays CLIP in a 960 × 540 view in "manual" or "smart" mode and, after two seconds, prints the
-// process's CPU seconds over SECONDS, the searches made, the time a step kept the window's thread
-// (median and longest) and the CPU time of a search on its own thread (median, 95th percentile).
+// process's CPU seconds over SECONDS, the searches made, the CPU time a step took on the window's
+// thread (median and longest) and the CPU time of a search on its own thread (median, 95th
+// percentile).
 //   velm-bench-reframe engine-frame CLIP
-// takes a frame as the player does: mpv's own "screenshot-raw" of the decoded picture, then scaled
-// to the 256-pixel analysis size on the CPU, and prints its CPU milliseconds, median and 95th
-// percentile of 30 frames.
+// takes a frame as the player does (the engine's grab: mpv's "screenshot-raw" of the decoded
+// picture, scaled to the 256-pixel analysis size) and prints the process's CPU milliseconds for
+// it, median and 95th percentile of 30 frames.
 
 #include "BenchPlayer.h"
 #include "FacePictures.h"
@@ -24,10 +25,7 @@
 #include "Surface/SmartReframe.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QTimer>
-
-#include <mpv/client.h>
 
 #include <opencv2/imgproc.hpp>
 #include <opencv2/objdetect.hpp>
@@ -35,8 +33,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <functional>
-#include <map>
-#include <string>
 
 namespace {
 
@@ -51,27 +47,13 @@ int usage()
     return 2;
 }
 
-// What a step hands the detector, made as the view makes it on the GPU: the frame as large as the
-// 960 × 540 view shows it, sampled bilinearly to twice the 256-pixel analysis size, then halved.
+// The face network takes pictures 256 pixels across, as the player hands them over.
+constexpr int analysisSide = 256;
+
+// What a step hands the detector: the frame scaled down by averaging, as the engine scales it.
 QImage analysisPicture(const QImage &frame)
 {
-    const QImage rgba = frame.convertToFormat(QImage::Format_RGBA8888);
-    const cv::Mat source(rgba.height(), rgba.width(), CV_8UC4,
-                         const_cast<uchar *>(rgba.constBits()), size_t(rgba.bytesPerLine()));
-    const auto fitted = [&](int side) {
-        const double scale = std::min(1.0, double(side) / std::max(rgba.width(), rgba.height()));
-        return cv::Size(std::max(1, int(std::lround(rgba.width() * scale))),
-                        std::max(1, int(std::lround(rgba.height() * scale))));
-    };
-    cv::Mat shown;
-    cv::Mat doubled;
-    cv::resize(source, shown, fitted(960), 0, 0, cv::INTER_LINEAR);
-    cv::resize(shown, doubled, fitted(512), 0, 0, cv::INTER_LINEAR);
-    const cv::Size size = fitted(256);
-    QImage picture(size.width, size.height, QImage::Format_RGBA8888);
-    cv::Mat into(size.height, size.width, CV_8UC4, picture.bits(), size_t(picture.bytesPerLine()));
-    cv::resize(doubled, into, size, 0, 0, cv::INTER_LINEAR);
-    return picture;
+    return frame.scaled(analysisSide, analysisSide, Qt::KeepAspectRatio, Qt::SmoothTransformation);
 }
 
 Detect cascade(const QString &file)
@@ -114,19 +96,16 @@ void measureDetector(const char *name, const Detect &detect)
     const QImage hopper = FacePictures::photograph(QStringLiteral("grace_hopper_512x512.jpg"));
     std::printf("{\"detector\":\"%s\",\"hits\":%d,\"of\":%zu,\"falseFinds\":%d", name, hits,
                 faces.size(), falseFinds);
-    for (const QSize size : {QSize(1920, 1080), QSize(1280, 720)}) {
-        const QImage frame = FacePictures::framed(hopper, size, size.width() / 3, size.height() / 2)
-                                 .convertToFormat(QImage::Format_RGBA8888);
-        std::vector<double> steps;
-        for (int i = 0; i < 40; ++i) {
-            const double start = threadCpuMs();
-            detect(analysisPicture(frame));
-            if (i >= 5) // the first runs warm the caches up
-                steps.push_back(threadCpuMs() - start);
-        }
-        std::printf(",\"median%d\":%.2f,\"p95_%d\":%.2f", size.height(), percentile(steps, 0.5),
-                    size.height(), percentile(steps, 0.95));
+    const QImage frame = analysisPicture(FacePictures::framed(hopper, QSize(1920, 1080), 640, 540));
+    std::vector<double> searches;
+    for (int i = 0; i < 40; ++i) {
+        const double start = threadCpuMs();
+        detect(frame);
+        if (i >= 5) // the first runs warm the caches up
+            searches.push_back(threadCpuMs() - start);
     }
+    std::printf(",\"median\":%.2f,\"p95\":%.2f", percentile(searches, 0.5),
+                percentile(searches, 0.95));
     std::printf("}\n");
     std::fflush(stdout);
 }
@@ -149,49 +128,28 @@ int measureDetectors(const QStringList &arguments)
     return 0;
 }
 
-// The engine's picture of the frame on screen, as a smart step takes it.
-int measureEngineFrame(const QString &clip)
+// The engine's picture of the frame on screen, taken as a smart step takes it, from a paused
+// player so that no decoding is counted with it.
+int measureEngineFrame(QApplication &application, const QString &clip)
 {
-    mpv_handle *mpv = mpv_create();
-    for (const auto &[name, value] : {std::pair("vo", "null"), {"ao", "null"}, {"pause", "yes"}})
-        mpv_set_option_string(mpv, name, value);
-    if (mpv_initialize(mpv) < 0)
-        return usage();
-    const QByteArray file = clip.toUtf8();
-    const char *load[] = {"loadfile", file.constData(), nullptr};
-    mpv_command(mpv, load);
+    MpvEngine engine(MpvEngine::Output::headless);
     std::vector<double> steps;
-    for (int frame = 0; frame < 30;) {
-        const mpv_event *event = mpv_wait_event(mpv, 10);
-        if (event->event_id == MPV_EVENT_NONE || event->event_id == MPV_EVENT_END_FILE)
-            break;
-        if (event->event_id != MPV_EVENT_PLAYBACK_RESTART)
-            continue;
-        // mpv converts the picture on its own thread: the whole paused process is counted.
+    const auto grab = [&] {
         const double start = processCpuSeconds();
-        const char *screenshot[] = {"screenshot-raw", "video", nullptr};
-        mpv_node result{};
-        if (mpv_command_ret(mpv, screenshot, &result) < 0)
-            break;
-        std::map<std::string, const mpv_node *> fields;
-        for (int i = 0; result.format == MPV_FORMAT_NODE_MAP && i < result.u.list->num; ++i)
-            fields[result.u.list->keys[i]] = &result.u.list->values[i];
-        if (fields.count("w") && fields.count("h") && fields.count("stride") &&
-            fields.count("data")) {
-            const cv::Mat bgr0(int(fields["h"]->u.int64), int(fields["w"]->u.int64), CV_8UC4,
-                               fields["data"]->u.ba->data, size_t(fields["stride"]->u.int64));
-            const double scale = 256.0 / std::max(bgr0.cols, bgr0.rows);
-            cv::Mat small;
-            cv::resize(bgr0, small, cv::Size(), scale, scale, cv::INTER_AREA);
+        const QImage picture = engine.grabVideoFrame(analysisSide).result();
+        if (!picture.isNull() && engine.position() > 1)
             steps.push_back((processCpuSeconds() - start) * 1000);
-            ++frame;
-        }
-        mpv_free_node_contents(&result);
-        // The next frame, decoded while nothing is timed.
-        const char *next[] = {"seek", "1", "relative", "exact", nullptr};
-        mpv_command(mpv, next);
-    }
-    mpv_terminate_destroy(mpv);
+        if (picture.isNull() || steps.size() == 30)
+            application.quit();
+        else
+            engine.seekExact(engine.position() + 0.5);
+    };
+    // Each seek decodes the next frame; the grab waits until mpv is idle again.
+    QObject::connect(&engine, &MpvEngine::framesReady, &application,
+                     [&] { QTimer::singleShot(300, &application, grab); });
+    engine.load(QFileInfo(clip).absoluteFilePath());
+    engine.setPaused(true);
+    application.exec();
     std::printf("{\"frames\":%zu,\"median\":%.2f,\"p95\":%.2f}\n", steps.size(),
                 percentile(steps, 0.5), percentile(steps, 0.95));
     return steps.empty() ? 1 : 0;
@@ -259,6 +217,6 @@ int main(int argc, char **argv)
     if (arguments.size() == 5 && arguments.at(1) == QStringLiteral("player"))
         return measurePlayer(application, arguments);
     if (arguments.size() == 3 && arguments.at(1) == QStringLiteral("engine-frame"))
-        return measureEngineFrame(arguments.at(2));
+        return measureEngineFrame(application, arguments.at(2));
     return usage();
 }

@@ -3,8 +3,6 @@
 #include "Base/ThreadCpuTime.h"
 #include "Surface/FaceDetector.h"
 
-#include <QtConcurrent>
-
 FaceSearch::FaceSearch() : m_detector(std::make_shared<std::unique_ptr<FaceDetector>>())
 {
     m_thread.setMaxThreadCount(1);
@@ -14,21 +12,20 @@ FaceSearch::FaceSearch() : m_detector(std::make_shared<std::unique_ptr<FaceDetec
 
 FaceSearch::~FaceSearch()
 {
+    // A picture still on its way would start its search on this object's thread pool.
+    m_last.waitForFinished();
     m_thread.waitForDone();
 }
 
-bool FaceSearch::isBusy() const
+QFuture<FaceSearchResult> FaceSearch::search(QFuture<QImage> picture)
 {
-    return m_last.isRunning();
-}
-
-QFuture<FaceSearchResult> FaceSearch::search(QImage picture)
-{
-    m_last = QtConcurrent::run(&m_thread, [detector = m_detector, picture = std::move(picture)] {
+    m_last = picture.then(&m_thread, [detector = m_detector](const QImage &frame) {
+        if (frame.isNull())
+            return FaceSearchResult{};
         const double start = threadCpuMs();
         if (!*detector)
             *detector = std::make_unique<FaceDetector>();
-        std::vector<FaceBox> faces = (*detector)->detect(picture);
+        std::vector<FaceBox> faces = (*detector)->detect(frame);
         return FaceSearchResult{std::move(faces), threadCpuMs() - start};
     });
     return m_last;

@@ -6,14 +6,15 @@
 #include <QImage>
 #include <QThreadPool>
 
-#include <memory>
+#include <optional>
 #include <vector>
 
 class FaceDetector;
 
 struct FaceSearchResult
 {
-    std::vector<FaceBox> faces;
+    // None when there was no picture to search.
+    std::optional<std::vector<FaceBox>> faces;
     // The CPU time the search took on its thread.
     double cpuMs = 0;
 };
@@ -24,12 +25,12 @@ class FaceSearch
 {
 public:
     FaceSearch();
-    // Waits for a search under way.
+    // Waits for the search under way, and for the picture it waits for.
     ~FaceSearch();
 
-    // Whether a search is under way; a new one then waits behind it.
-    bool isBusy() const;
-    QFuture<FaceSearchResult> search(QImage picture);
+    // Searches the picture once it arrives, straight from the thread that made it: the window's
+    // thread has no part in it.
+    QFuture<FaceSearchResult> search(QFuture<QImage> picture);
 
 private:
     QThreadPool m_thread;

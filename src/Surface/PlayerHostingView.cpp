@@ -1,12 +1,12 @@
 #include "Surface/PlayerHostingView.h"
 
 #include "Base/AppNotifier.h"
+#include "Base/ThreadCpuTime.h"
 #include "Player/MpvEngine.h"
 #include "Surface/FaceSearch.h"
 #include "Surface/PlayerLayerGeometry.h"
 #include "Surface/SmartReframe.h"
 
-#include <QElapsedTimer>
 #include <QFutureWatcher>
 #include <QGuiApplication>
 #include <QMouseEvent>
@@ -131,54 +131,39 @@ void PlayerHostingView::trackLargestFace()
     // A paused video shows no new frame: nothing is searched and the pan stays.
     if (!m_shownFrameTime || m_shownFrameTime == m_searchedFrameTime)
         return;
-    // A frame still on its way to the search, or the search of an earlier frame: this step is
-    // skipped, not queued.
-    if (m_grabbing || (m_faceSearch && m_faceSearch->isBusy()))
+    // The step before is still under way: this one is skipped, not queued.
+    if (m_stepUnderWay)
         return;
+    const double startCpu = threadCpuMs();
     m_searchedFrameTime = m_shownFrameTime;
-    m_grabbing = true;
-    // The engine hands over the whole decoded frame, scaled down on its own thread: the view
-    // draws only the box, and the search must see the faces outside it.
-    QElapsedTimer busy;
-    busy.start();
-    const QFuture<QImage> frame = m_player->grabVideoFrame(analysisSide);
-    const double startMs = busy.nsecsElapsed() / 1e6; // this thread's time in starting the grab
-    auto *watcher = new QFutureWatcher<QImage>(this);
-    connect(watcher, &QFutureWatcherBase::finished, this,
-            [this, watcher, startMs, generation = m_smartGeneration] {
-                QElapsedTimer continuation;
-                continuation.start();
-                watcher->deleteLater();
-                m_grabbing = false;
-                QImage picture = watcher->future().result();
-                // The mode changed or a new load began meanwhile: the frame is of no use.
-                if (generation != m_smartGeneration || picture.isNull())
-                    return;
-                startFaceSearch(std::move(picture), startMs + continuation.nsecsElapsed() / 1e6);
-            });
-    watcher->setFuture(frame);
-}
-
-void PlayerHostingView::startFaceSearch(QImage picture, double windowThreadMs)
-{
+    m_stepUnderWay = true;
     if (!m_faceSearch)
         m_faceSearch = std::make_unique<FaceSearch>();
+    // The engine hands over the whole decoded frame, scaled down on its own thread, and the search
+    // takes it from there: the view draws only the box, and the search must see the faces outside.
+    const QFuture<FaceSearchResult> step =
+        m_faceSearch->search(m_player->grabVideoFrame(analysisSide));
     auto *watcher = new QFutureWatcher<FaceSearchResult>(this);
     connect(watcher, &QFutureWatcherBase::finished, this,
-            [this, watcher, generation = m_smartGeneration, windowThreadMs] {
+            [this, watcher, generation = m_smartGeneration] {
+                const double endCpu = threadCpuMs();
                 watcher->deleteLater();
+                m_stepUnderWay = false;
                 const FaceSearchResult &result = watcher->future().result();
-                Q_EMIT faceSearchMeasured(windowThreadMs, result.cpuMs);
                 faceSearchEnded(result.faces, generation);
+                Q_EMIT faceSearchMeasured(m_stepStartCpuMs + threadCpuMs() - endCpu, result.cpuMs);
             });
-    watcher->setFuture(m_faceSearch->search(std::move(picture)));
+    watcher->setFuture(step);
+    m_stepStartCpuMs = threadCpuMs() - startCpu;
 }
 
-void PlayerHostingView::faceSearchEnded(const std::vector<FaceBox> &faces, quint64 generation)
+void PlayerHostingView::faceSearchEnded(const std::optional<std::vector<FaceBox>> &faces,
+                                        quint64 generation)
 {
-    if (generation != m_smartGeneration || m_displayMode != PortraitDisplayMode::smart)
+    // The mode changed or a new load began meanwhile, or there was no frame: nothing moves.
+    if (generation != m_smartGeneration || m_displayMode != PortraitDisplayMode::smart || !faces)
         return;
-    const double target = SmartReframe::panTarget(SmartReframe::largestFace(faces));
+    const double target = SmartReframe::panTarget(SmartReframe::largestFace(*faces));
     // While the video plays, its next frame is drawn with the new pan within a frame's time; a
     // repaint of its own would present the same frame once more, for nothing the eye could tell.
     const bool playing = m_player && m_player->isPlaying();

@@ -72,8 +72,8 @@ Q_SIGNALS:
     void horizontalPanChanged();
     // A new video frame has been drawn.
     void frameShown();
-    // A smart step's search has ended: the time the step kept this thread to take the frame, and
-    // the CPU time of the search on its own thread.
+    // A smart step has ended: the CPU time it took on this thread, to start it and to apply its
+    // result, and the CPU time of the search on its own thread.
     void faceSearchMeasured(double windowThreadMs, double searchCpuMs);
 
 protected:
@@ -101,8 +101,7 @@ private:
     // One step of the smart mode: the newest frame not yet searched goes to the face search, and
     // its result moves the pan (see SmartReframe).
     void trackLargestFace();
-    void startFaceSearch(QImage picture, double windowThreadMs);
-    void faceSearchEnded(const std::vector<FaceBox> &faces, quint64 generation);
+    void faceSearchEnded(const std::optional<std::vector<FaceBox>> &faces, quint64 generation);
     void storeHorizontalPan(double pan, bool repaint);
     // What was learnt of the media so far is of no use: a new load began.
     void forgetShownFrames();
@@ -139,7 +138,8 @@ private:
 
     std::unique_ptr<QTimer> m_smartTimer;
     std::unique_ptr<FaceSearch> m_faceSearch; // made with the first step
-    bool m_grabbing = false;                  // a frame on its way from the engine to the search
+    bool m_stepUnderWay = false;              // its frame on the way to the search, or searched
+    double m_stepStartCpuMs = 0;              // this thread's CPU time in starting it
     // The playback time of the frame drawn last, and of the frame searched last.
     std::optional<double> m_shownFrameTime;
     std::optional<double> m_searchedFrameTime;
