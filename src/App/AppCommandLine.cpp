@@ -62,6 +62,8 @@ AppCommandLine AppCommandLine::parse(const QStringList &arguments)
             result.showHelp = true;
         } else if (argument == u"--version" || argument == u"-v") {
             result.showVersion = true;
+        } else if (argument == u"--new-window") {
+            result.newWindow = true;
         } else {
             fail(QStringLiteral("unknown option: %1").arg(argument));
         }
@@ -78,6 +80,7 @@ QString AppCommandLine::helpText()
                           "\n"
                           "  -h, --help     show this help and exit\n"
                           "  -v, --version  show the version and exit\n"
+                          "  --new-window   open a window of its own even when the player runs\n"
                           "  --ipc-server PATH\n"
                           "                 accept JSON commands on a local socket at PATH\n"
                           "  --screenshot PATH\n"
@@ -87,7 +90,9 @@ QString AppCommandLine::helpText()
                           "                 with --screenshot: wait this long instead\n"
                           "  --             treat every later argument as a file or address\n"
                           "\n"
-                          "Each FILE or URL is opened in turn, so the last one given plays.\n")
+                          "Each FILE or URL is opened in turn, so the last one given plays. While\n"
+                          "the player runs, a new launch hands them to it and ends, unless it\n"
+                          "has --new-window, --ipc-server or --screenshot.\n")
         .arg(AppIdentity::displayName);
 }
 

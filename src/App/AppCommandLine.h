@@ -9,9 +9,9 @@
 
 #include <optional>
 
-// The player's command line: "velmplayerpro [--help] [--version] [--ipc-server PATH]
-// [--screenshot PATH [--after SECONDS]] [FILE|URL]…". Read before any GUI object exists, so --help
-// and --version work without a display.
+// The player's command line: "velmplayerpro [--help] [--version] [--new-window]
+// [--ipc-server PATH] [--screenshot PATH [--after SECONDS]] [FILE|URL]…". Read before any GUI
+// object exists, so --help and --version work without a display.
 struct AppCommandLine
 {
     // What a source of the command line asks for: a typed address goes through the remote opening
@@ -24,6 +24,7 @@ struct AppCommandLine
 
     bool showHelp = false;
     bool showVersion = false;
+    bool newWindow = false;    // --new-window: a player of its own, not the one already running
     QString controlSocketPath; // --ipc-server; empty without one
     QString screenshotPath;    // --screenshot: save a PNG of the window there, then quit
     std::optional<double> screenshotAfter; // --after: seconds to wait instead of the first frame

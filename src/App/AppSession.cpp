@@ -75,11 +75,19 @@ void AppSession::show()
     m_window.show();
 }
 
-void AppSession::open(const QStringList &sources)
+void AppSession::bringToFront()
+{
+    m_window.setWindowState(m_window.windowState() & ~Qt::WindowMinimized);
+    m_window.show();
+    m_window.raise();
+    m_window.activateWindow();
+}
+
+void AppSession::open(const QStringList &sources, const QString &workingDirectory)
 {
     for (const QString &source : sources) {
         const std::optional<AppCommandLine::Source> target =
-            AppCommandLine::resolve(source, QDir::currentPath());
+            AppCommandLine::resolve(source, workingDirectory);
         if (!target)
             continue;
         if (target->remoteAddress)

@@ -43,8 +43,11 @@ public:
     // Starts listening for commands at path; returns the reason of a failure.
     std::optional<QString> startControlServer(const QString &path);
     void show();
-    // Opens what the command line names, in order, once the window is up.
-    void open(const QStringList &sources);
+    // Shows the window in front of the others, unminimised, for what another launch handed over.
+    void bringToFront();
+    // Opens what a command line names, in order, once the window is up; relative paths are taken
+    // from workingDirectory.
+    void open(const QStringList &sources, const QString &workingDirectory);
     // The open-URL handler: a file handed over by the system plays under its file name.
     void openURL(const WebAddress &url);
 

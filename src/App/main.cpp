@@ -1,10 +1,13 @@
 #include "App/AppCommandLine.h"
 #include "App/AppSession.h"
 #include "App/AppStartup.h"
+#include "App/InstanceChannel.h"
 #include "App/VelmApplication.h"
 #include "App/WindowScreenshot.h"
 #include "Base/AppIdentity.h"
 #include "UI/PlayerTheme.h"
+
+#include <QDir>
 
 #include <csignal>
 #include <cstdio>
@@ -26,6 +29,18 @@ int main(int argc, char **argv)
             commandLine.showHelp ? AppCommandLine::helpText() : AppCommandLine::versionText();
         std::fputs(text.toUtf8().constData(), stdout);
         return 0;
+    }
+    // A window that a script drives, or one asked for, stands on its own; any other launch hands
+    // its sources to the player already running and ends before it touches the window system.
+    const bool ownWindow = commandLine.newWindow || !commandLine.screenshotPath.isEmpty();
+    const bool mayHandOff = !ownWindow && commandLine.controlSocketPath.isEmpty();
+    const QString channelPath = InstanceChannel::defaultPath();
+    const QString workingDirectory = QDir::currentPath();
+    InstanceChannel::HandOff handOff = InstanceChannel::HandOff::noPlayer;
+    if (mayHandOff) {
+        handOff = InstanceChannel::handOff(channelPath, commandLine.sources, workingDirectory);
+        if (handOff == InstanceChannel::HandOff::delivered)
+            return 0;
     }
     if (const QString reason = AppStartup::missingDisplayReason(); !reason.isEmpty()) {
         std::fprintf(stderr, "velmplayerpro: %s\n", qPrintable(reason));
@@ -57,8 +72,21 @@ int main(int argc, char **argv)
         }
     }
     QObject::connect(&application, &VelmApplication::openRequested, &session, &AppSession::openURL);
+    // This player takes the launches that follow, unless it stands on its own or a player that
+    // did not answer holds the socket.
+    InstanceChannel channel;
+    if (!ownWindow && handOff == InstanceChannel::HandOff::noPlayer &&
+        !channel.listen(channelPath) && mayHandOff &&
+        InstanceChannel::handOff(channelPath, commandLine.sources, workingDirectory) ==
+            InstanceChannel::HandOff::delivered)
+        return 0; // another player started at the same moment and took the sources
+    QObject::connect(&channel, &InstanceChannel::openRequested, &session,
+                     [&session](const QStringList &sources, const QString &directory) {
+                         session.bringToFront();
+                         session.open(sources, directory);
+                     });
     session.show();
-    session.open(commandLine.sources);
+    session.open(commandLine.sources, workingDirectory);
     std::optional<WindowScreenshot> screenshot;
     if (!commandLine.screenshotPath.isEmpty())
         screenshot.emplace(session, commandLine.screenshotPath, commandLine.screenshotAfter,

@@ -1,5 +1,7 @@
 #include "TestHttpServer.h"
+#include "TestMedia.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QImage>
 #include <QJsonArray>
@@ -91,10 +93,17 @@ private Q_SLOTS:
     void survivesClientsThatLeaveEarly();
     void repliesWhenTheCommandIsDone();
     void recordsOnRequest();
+    void handsLaterLaunchesToThePlayer_data();
+    void handsLaterLaunchesToThePlayer();
+    void takesOverTheSocketOfAPlayerThatDied();
     void quitsAndKeepsTheSavedLinks();
 
 private:
     void start();
+    QProcessEnvironment environment() const;
+    // Launches the player again as a file manager would, from directory; its exit code, or -1
+    // when it did not end.
+    int launchAgain(const QStringList &arguments, const QString &directory);
 
     QTemporaryDir m_home;
     QString m_socketPath;
@@ -118,12 +127,21 @@ void tst_ControlSocket::initTestCase()
     start();
 }
 
-void tst_ControlSocket::start()
+QProcessEnvironment tst_ControlSocket::environment() const
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(u"HOME"_s, m_home.path());
     environment.insert(u"XDG_CONFIG_HOME"_s, m_home.filePath(u"config"_s));
-    m_app.setProcessEnvironment(environment);
+    environment.insert(u"XDG_RUNTIME_DIR"_s, m_home.filePath(u"runtime"_s));
+    return environment;
+}
+
+void tst_ControlSocket::start()
+{
+    QVERIFY(QDir(m_home.path()).mkpath(u"runtime"_s));
+    QFile::setPermissions(m_home.filePath(u"runtime"_s),
+                          QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    m_app.setProcessEnvironment(environment());
     m_app.setProcessChannelMode(QProcess::ForwardedChannels);
     m_app.start(QStringLiteral(VELM_APP), {u"--ipc-server"_s, m_socketPath});
     QVERIFY(m_app.waitForStarted());
@@ -308,6 +326,72 @@ void tst_ControlSocket::recordsOnRequest()
     QVERIFY(m_client.data({u"get_property"_s, u"recordingPanelText"_s}).isNull());
     QVERIFY(m_client.data({u"get_property"_s, u"recordingError"_s}).isNull());
     QVERIFY(QFileInfo(path).size() > 0);
+}
+
+int tst_ControlSocket::launchAgain(const QStringList &arguments, const QString &directory)
+{
+    QProcess launch;
+    launch.setProcessEnvironment(environment());
+    launch.setWorkingDirectory(directory);
+    launch.setProcessChannelMode(QProcess::ForwardedChannels);
+    launch.start(QStringLiteral(VELM_APP), arguments);
+    if (!launch.waitForFinished(30000)) {
+        launch.kill();
+        launch.waitForFinished();
+        return -1;
+    }
+    return launch.exitStatus() == QProcess::NormalExit ? launch.exitCode() : -1;
+}
+
+void tst_ControlSocket::handsLaterLaunchesToThePlayer_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("played"); // by the running player; empty: it plays nothing new
+
+    const QString clip = QUrl::fromLocalFile(testMedia(u"clip.mp4"_s)).toString();
+    QTest::newRow("a file relative to the launch's folder")
+        << QStringList{u"columns.mp4"_s}
+        << QUrl::fromLocalFile(testMedia(u"columns.mp4"_s)).toString();
+    QTest::newRow("an address, after options end") << QStringList{u"--"_s, clip} << clip;
+    QTest::newRow("nothing to open") << QStringList{} << QString();
+    // These open windows of their own: the picture is taken there, not in the running player.
+    QTest::newRow("a new window")
+        << QStringList{u"--new-window"_s, u"--screenshot"_s, m_home.filePath(u"own.png"_s),
+                       u"--after"_s, u"0"_s, u"audio.m4a"_s}
+        << QString();
+    QTest::newRow("a scripted window")
+        << QStringList{u"--screenshot"_s, m_home.filePath(u"scripted.png"_s), u"--after"_s,
+                       u"0"_s, u"audio.m4a"_s}
+        << QString();
+}
+
+void tst_ControlSocket::handsLaterLaunchesToThePlayer()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, played);
+    const QJsonValue before = m_client.data({u"get_property"_s, u"currentURL"_s});
+    QCOMPARE(launchAgain(arguments, QFileInfo(testMedia(u"clip.mp4"_s)).path()), 0);
+    if (!played.isEmpty()) {
+        QTRY_COMPARE(m_client.data({u"get_property"_s, u"currentURL"_s}), QJsonValue(played));
+        return;
+    }
+    QCOMPARE(m_client.data({u"get_property"_s, u"currentURL"_s}), before);
+    const qsizetype screenshot = arguments.indexOf(u"--screenshot"_s);
+    if (screenshot >= 0)
+        QVERIFY(!QImage(arguments.at(screenshot + 1)).isNull());
+}
+
+void tst_ControlSocket::takesOverTheSocketOfAPlayerThatDied()
+{
+    m_app.kill();
+    m_app.waitForFinished();
+    // The socket file stays behind, with nobody answering on it.
+    QCOMPARE(QDir(m_home.filePath(u"runtime"_s)).entryList(QDir::System).size(), 1);
+    start();
+    const QString file = testMedia(u"clip.mp4"_s);
+    QCOMPARE(launchAgain({file}, m_home.path()), 0);
+    QTRY_COMPARE(m_client.data({u"get_property"_s, u"currentURL"_s}),
+                 QJsonValue(QUrl::fromLocalFile(file).toString()));
 }
 
 void tst_ControlSocket::quitsAndKeepsTheSavedLinks()
