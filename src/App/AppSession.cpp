@@ -2,6 +2,7 @@
 
 #include "App/AppCommandLine.h"
 #include "App/AppMenus.h"
+#include "App/AppTexts.h"
 #include "App/ControlServer.h"
 #include "App/PlayerKeyboardMonitor.h"
 #include "App/PlayerMouseMonitor.h"
@@ -21,7 +22,8 @@ AppSession::AppSession()
       m_content(new ContentView(
           m_player, m_localM3U,
           {m_notifier, m_surfaces, m_youtubePlayers, m_okVideoPlayers, m_webProfile})),
-      m_commands(m_player, m_localM3U, *m_content, m_recorder, m_window)
+      m_commands(m_player, m_localM3U, *m_content, m_recorder, m_window),
+      m_screenSaver(AppTexts::videoPlaying.toString())
 {
     m_player.setFileChooser(&m_fileChooser);
     m_localM3U.setPrompts(&m_prompts);
@@ -29,6 +31,21 @@ AppSession::AppSession()
     new AppMenus(*m_window.menuBar(), m_player); // owned by the menu bar
     connect(&m_window, &AppWindow::appeared, this, &AppSession::installMonitors);
     connectRecorder();
+    keepScreenOnWhileVideoPlays();
+}
+
+void AppSession::keepScreenOnWhileVideoPlays()
+{
+    const auto update = [this] {
+        const bool webVideo = m_player.youtubeContent() || m_player.okVideoContent();
+        const bool picture = m_player.videoAspectMediaLoadID() == m_player.mediaLoadID();
+        m_screenSaver.setInhibited(m_player.isPlaying() && (webVideo || picture));
+    };
+    connect(&m_player, &PlayerModel::isPlayingChanged, this, update);
+    connect(&m_player, &PlayerModel::videoAspectMediaLoadIDChanged, this, update);
+    connect(&m_player, &PlayerModel::mediaLoadIDChanged, this, update);
+    connect(&m_player, &PlayerModel::youtubeContentChanged, this, update);
+    connect(&m_player, &PlayerModel::okVideoContentChanged, this, update);
 }
 
 void AppSession::connectRecorder()

@@ -2,6 +2,7 @@
 
 #include "App/AppWindow.h"
 #include "App/ControlCommands.h"
+#include "App/ScreenSaverInhibitor.h"
 #include "Base/AppNotifier.h"
 #include "Player/PlayerModel.h"
 #include "Playlist/LocalM3UStore.h"
@@ -61,6 +62,8 @@ private:
     void installMonitors();
     // The control bar drives the recorder; the window tells how recordings end.
     void connectRecorder();
+    // The screen stays on while a picture plays, not for sound alone or a paused picture.
+    void keepScreenOnWhileVideoPlays();
 
     // Declared before everything that refers to them, so they outlive it.
     AppNotifier m_notifier;
@@ -81,4 +84,5 @@ private:
     std::unique_ptr<PlayerKeyboardMonitor> m_keyboardMonitor;
     std::unique_ptr<PlayerMouseMonitor> m_mouseMonitor;
     std::unique_ptr<ControlServer> m_controlServer;
+    ScreenSaverInhibitor m_screenSaver;
 };

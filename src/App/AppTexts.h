@@ -17,4 +17,7 @@ inline constexpr QStringView back = u"Back %1 Seconds";
 inline constexpr QStringView forward = u"Forward %1 Seconds";
 inline constexpr QStringView mute = u"Mute";
 inline constexpr QStringView unmute = u"Unmute";
+
+// Why the screen stays on, where the desktop says.
+inline constexpr QStringView videoPlaying = u"A video is playing";
 } // namespace AppTexts

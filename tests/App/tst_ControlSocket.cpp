@@ -1,13 +1,12 @@
+#include "ControlClient.h"
 #include "TestHttpServer.h"
 #include "TestMedia.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <QImage>
-#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QLocalSocket>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -15,62 +14,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-// One connection to the application's control socket, read without blocking the test's own
-// event loop (its HTTP server answers the application meanwhile).
-class ControlClient
-{
-public:
-    bool connectTo(const QString &path)
-    {
-        m_socket.abort();
-        return QTest::qWaitFor(
-            [&] {
-                m_socket.connectToServer(path);
-                return m_socket.waitForConnected(100);
-            },
-            20000);
-    }
-
-    QJsonObject sendLine(const QByteArray &line)
-    {
-        m_socket.write(line + '\n');
-        return nextReply();
-    }
-
-    QJsonObject request(const QJsonArray &command)
-    {
-        const int id = ++m_lastID;
-        const QJsonObject reply =
-            sendLine(QJsonDocument(QJsonObject{{u"command"_s, command}, {u"request_id"_s, id}})
-                         .toJson(QJsonDocument::Compact));
-        return reply.value(u"request_id"_s).toInt() == id ? reply : QJsonObject{};
-    }
-
-    QJsonValue data(const QJsonArray &command)
-    {
-        const QJsonObject reply = request(command);
-        return reply.value(u"error"_s) == u"success"_s ? reply.value(u"data"_s) : QJsonValue();
-    }
-
-    QJsonObject nextReply()
-    {
-        for (;;) {
-            if (!QTest::qWaitFor([&] { return m_socket.canReadLine(); }, 30000))
-                return {};
-            const QJsonObject line = QJsonDocument::fromJson(m_socket.readLine()).object();
-            if (!line.contains(u"event"_s))
-                return line;
-            events.append(line.value(u"event"_s).toString());
-        }
-    }
-
-    QStringList events;
-
-private:
-    QLocalSocket m_socket;
-    int m_lastID = 0;
-};
 
 QString error(const QJsonObject &reply)
 {
@@ -355,13 +298,16 @@ void tst_ControlSocket::handsLaterLaunchesToThePlayer_data()
     QTest::newRow("an address, after options end") << QStringList{u"--"_s, clip} << clip;
     QTest::newRow("nothing to open") << QStringList{} << QString();
     // These open windows of their own: the picture is taken there, not in the running player.
-    QTest::newRow("a new window")
-        << QStringList{u"--new-window"_s, u"--screenshot"_s, m_home.filePath(u"own.png"_s),
-                       u"--after"_s, u"0"_s, u"audio.m4a"_s}
-        << QString();
+    QTest::newRow("a new window") << QStringList{u"--new-window"_s,
+                                                 u"--screenshot"_s,
+                                                 m_home.filePath(u"own.png"_s),
+                                                 u"--after"_s,
+                                                 u"0"_s,
+                                                 u"audio.m4a"_s}
+                                  << QString();
     QTest::newRow("a scripted window")
-        << QStringList{u"--screenshot"_s, m_home.filePath(u"scripted.png"_s), u"--after"_s,
-                       u"0"_s, u"audio.m4a"_s}
+        << QStringList{u"--screenshot"_s, m_home.filePath(u"scripted.png"_s), u"--after"_s, u"0"_s,
+                       u"audio.m4a"_s}
         << QString();
 }
 

@@ -15,6 +15,8 @@ audio="-c:a aac -b:a 64k -ac 2 -ar 48000"
 ff -f lavfi -i testsrc2=size=320x180:rate=25:duration=5 -f lavfi -i sine=frequency=440:duration=5 \
     $video $audio -shortest "$out/clip.mp4"
 ff -f lavfi -i sine=frequency=660:duration=3 $audio "$out/audio.m4a"
+# Sound without a picture that plays on for as long as a test needs.
+ff -f lavfi -i sine=frequency=330:duration=120 $audio "$out/long-audio.m4a"
 # 4:3, with a space in its name (its address spells it %20).
 ff -f lavfi -i testsrc2=size=320x240:rate=25:duration=2 $video "$out/My Film.mkv"
 # HLS: a finished playlist of 1 s segments, and 40 live segments the test server publishes

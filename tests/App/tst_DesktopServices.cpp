@@ -1,0 +1,219 @@
+#include "ControlClient.h"
+#include "TestMedia.h"
+#include "TestSoundServer.h"
+
+#include <QDBusConnection>
+#include <QDBusObjectPath>
+#include <QProcess>
+#include <QScopeGuard>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QUrl>
+
+#include <set>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// What the desktop was asked: "hold" for each inhibition, "release" for each end of one that was
+// held, "stray release" for an end of one that was not.
+class ScreenSaverCalls
+{
+public:
+    uint hold()
+    {
+        calls.append(u"hold"_s);
+        m_held.insert(++m_last);
+        return m_last;
+    }
+    void release(uint id) { calls.append(m_held.erase(id) ? u"release"_s : u"stray release"_s); }
+
+    QStringList calls;
+
+private:
+    std::set<uint> m_held;
+    uint m_last = 0;
+};
+
+// The desktop's screen saver, as KDE, Xfce and others offer it.
+class StandInScreenSaver : public QObject
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.ScreenSaver")
+
+public:
+    explicit StandInScreenSaver(ScreenSaverCalls &calls) : m_calls(calls) {}
+
+public Q_SLOTS:
+    uint Inhibit(const QString &, const QString &) { return m_calls.hold(); }
+    void UnInhibit(uint cookie) { m_calls.release(cookie); }
+
+private:
+    ScreenSaverCalls &m_calls;
+};
+
+// A request of the desktop portal: closing it ends what it asked for.
+class StandInPortalRequest : public QObject
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.portal.Request")
+
+public:
+    StandInPortalRequest(ScreenSaverCalls &calls, uint id) : m_calls(calls), m_id(id) {}
+
+public Q_SLOTS:
+    void Close() { m_calls.release(m_id); }
+
+private:
+    ScreenSaverCalls &m_calls;
+    uint m_id;
+};
+
+// The desktop portal's Inhibit, the way on Wayland desktops and in sandboxes.
+class StandInPortal : public QObject
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.portal.Inhibit")
+
+public:
+    explicit StandInPortal(ScreenSaverCalls &calls) : m_calls(calls) {}
+
+public Q_SLOTS:
+    QDBusObjectPath Inhibit(const QString &, uint flags, const QVariantMap &)
+    {
+        if (flags != 8) // "idle"
+            m_calls.calls.append(u"wrong flags"_s);
+        const uint id = m_calls.hold();
+        const QString path = u"/org/freedesktop/portal/desktop/request/test/r%1"_s.arg(id);
+        auto *request = new StandInPortalRequest(m_calls, id);
+        request->setParent(this);
+        QDBusConnection::sessionBus().registerObject(path, request,
+                                                     QDBusConnection::ExportAllSlots);
+        return QDBusObjectPath(path);
+    }
+
+private:
+    ScreenSaverCalls &m_calls;
+};
+
+} // namespace
+
+// The player as a desktop citizen, on a session bus of its own (the test runs under
+// dbus-run-session): the real application, driven through its control socket.
+class tst_DesktopServices : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void cleanup();
+    void keepsTheScreenOnWhileVideoPlays_data();
+    void keepsTheScreenOnWhileVideoPlays();
+
+private:
+    void startPlayer();
+    void quitPlayer();
+    void play(const QString &file);
+
+    // Sound alone plays only where it can be heard.
+    TestSoundServer m_sound;
+    QTemporaryDir m_home;
+    QProcess m_app;
+    ControlClient m_client;
+};
+
+void tst_DesktopServices::initTestCase()
+{
+    const QString failure = m_sound.start();
+    QVERIFY2(failure.isEmpty(), qPrintable(failure));
+}
+
+void tst_DesktopServices::cleanup()
+{
+    if (m_app.state() != QProcess::NotRunning) {
+        m_app.kill();
+        m_app.waitForFinished();
+    }
+}
+
+void tst_DesktopServices::startPlayer()
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    QVERIFY(environment.contains(u"DBUS_SESSION_BUS_ADDRESS"_s));
+    environment.insert(u"HOME"_s, m_home.path());
+    environment.insert(u"XDG_CONFIG_HOME"_s, m_home.filePath(u"config"_s));
+    m_app.setProcessEnvironment(environment);
+    m_app.setProcessChannelMode(QProcess::ForwardedChannels);
+    const QString socket = m_home.filePath(u"control.sock"_s);
+    m_app.start(QStringLiteral(VELM_APP), {u"--ipc-server"_s, socket});
+    QVERIFY(m_app.waitForStarted());
+    QVERIFY(m_client.connectTo(socket));
+}
+
+void tst_DesktopServices::quitPlayer()
+{
+    QCOMPARE(m_client.request({u"quit"_s}).value(u"error"_s), u"success"_s);
+    QVERIFY(m_app.state() == QProcess::NotRunning || m_app.waitForFinished(20000));
+    QCOMPARE(m_app.exitCode(), 0);
+}
+
+void tst_DesktopServices::play(const QString &file)
+{
+    QCOMPARE(m_client.request({u"play"_s, testMedia(file)}).value(u"error"_s), u"success"_s);
+    QTRY_COMPARE(m_client.data({u"get_property"_s, u"currentURL"_s}),
+                 QJsonValue(QUrl::fromLocalFile(testMedia(file)).toString()));
+    QTRY_COMPARE(m_client.data({u"get_property"_s, u"isPlaying"_s}), QJsonValue(true));
+}
+
+void tst_DesktopServices::keepsTheScreenOnWhileVideoPlays_data()
+{
+    QTest::addColumn<bool>("screenSaverService");
+    QTest::newRow("the screen saver service") << true;
+    QTest::newRow("only the desktop portal") << false;
+}
+
+void tst_DesktopServices::keepsTheScreenOnWhileVideoPlays()
+{
+    QFETCH(bool, screenSaverService);
+    ScreenSaverCalls calls;
+    StandInScreenSaver screenSaver(calls);
+    StandInPortal portal(calls);
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    const QString service =
+        screenSaverService ? u"org.freedesktop.ScreenSaver"_s : u"org.freedesktop.portal.Desktop"_s;
+    QVERIFY(bus.registerService(service));
+    const auto leave = qScopeGuard([&] {
+        bus.unregisterObject(u"/org/freedesktop/ScreenSaver"_s);
+        bus.unregisterObject(u"/org/freedesktop/portal/desktop"_s);
+        bus.unregisterService(service);
+    });
+    if (screenSaverService)
+        QVERIFY(bus.registerObject(u"/org/freedesktop/ScreenSaver"_s, &screenSaver,
+                                   QDBusConnection::ExportAllSlots));
+    else
+        QVERIFY(bus.registerObject(u"/org/freedesktop/portal/desktop"_s, &portal,
+                                   QDBusConnection::ExportAllSlots));
+
+    startPlayer();
+    QCOMPARE(calls.calls, QStringList());
+    const QString hold = u"hold"_s;
+    const QString release = u"release"_s;
+
+    play(u"long.mp4"_s);
+    QTRY_COMPARE(calls.calls, QStringList({hold}));
+    m_client.request({u"togglePlayback"_s}); // paused
+    QTRY_COMPARE(calls.calls, QStringList({hold, release}));
+    m_client.request({u"togglePlayback"_s});
+    QTRY_COMPARE(calls.calls, QStringList({hold, release, hold}));
+    // Sound alone lets the screen rest.
+    play(u"long-audio.m4a"_s);
+    QTRY_COMPARE(calls.calls, QStringList({hold, release, hold, release}));
+    play(u"long.mp4"_s);
+    QTRY_COMPARE(calls.calls, QStringList({hold, release, hold, release, hold}));
+    quitPlayer();
+    QTRY_COMPARE(calls.calls, QStringList({hold, release, hold, release, hold, release}));
+}
+
+QTEST_GUILESS_MAIN(tst_DesktopServices)
+#include "tst_DesktopServices.moc"
