@@ -2,6 +2,7 @@
 
 #include "App/AppTexts.h"
 #include "Player/PlayerModel.h"
+#include "Player/PlayerTiming.h"
 
 #include <QApplication>
 #include <QMenu>
@@ -35,7 +36,7 @@ void AppMenus::addPlaybackMenu(QMenuBar &menuBar)
     m_playPause = playback->addAction(QString(), &m_model, [this] { m_model.togglePlayback(); });
     playback->addAction(AppTexts::stop.toString(), &m_model, [this] { m_model.stop(); });
     playback->addSeparator();
-    for (int seconds : {5, 20, 60}) {
+    for (int seconds : PlayerTiming::skipSteps) {
         playback->addAction(AppTexts::back.toString().arg(seconds), &m_model,
                             [this, seconds] { m_model.skip(-seconds); });
         playback->addAction(AppTexts::forward.toString().arg(seconds), &m_model,

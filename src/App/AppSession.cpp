@@ -23,7 +23,9 @@ AppSession::AppSession()
           m_player, m_localM3U,
           {m_notifier, m_surfaces, m_youtubePlayers, m_okVideoPlayers, m_webProfile})),
       m_commands(m_player, m_localM3U, *m_content, m_recorder, m_window),
-      m_screenSaver(AppTexts::videoPlaying.toString())
+      m_screenSaver(AppTexts::videoPlaying.toString()),
+      m_mpris(m_player, {[this] { bringToFront(); },
+                         [this](const QString &address) { open({address}, QDir::rootPath()); }})
 {
     m_player.setFileChooser(&m_fileChooser);
     m_localM3U.setPrompts(&m_prompts);
@@ -32,6 +34,7 @@ AppSession::AppSession()
     connect(&m_window, &AppWindow::appeared, this, &AppSession::installMonitors);
     connectRecorder();
     keepScreenOnWhileVideoPlays();
+    m_mpris.publish();
 }
 
 void AppSession::keepScreenOnWhileVideoPlays()

@@ -2,6 +2,7 @@
 
 #include "App/AppWindow.h"
 #include "App/ControlCommands.h"
+#include "App/MprisService.h"
 #include "App/ScreenSaverInhibitor.h"
 #include "Base/AppNotifier.h"
 #include "Player/PlayerModel.h"
@@ -85,4 +86,5 @@ private:
     std::unique_ptr<PlayerMouseMonitor> m_mouseMonitor;
     std::unique_ptr<ControlServer> m_controlServer;
     ScreenSaverInhibitor m_screenSaver;
+    MprisService m_mpris;
 };

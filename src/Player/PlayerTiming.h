@@ -18,4 +18,8 @@ inline constexpr std::uint64_t toastNanoseconds = 2'800'000'000;
 inline constexpr auto playlistTimeout = 20s;
 // A network stream that sends nothing for this long, from its start or a stall, has failed.
 inline constexpr auto streamDataTimeout = 20s;
+// The Playback menu's skips, back and forward, in seconds.
+inline constexpr int skipSteps[] = {5, 20, 60};
+// Next and Previous from media keys and the desktop's player controls: the middle skip.
+inline constexpr double mediaKeySkip = skipSteps[1];
 } // namespace PlayerTiming

@@ -2,14 +2,20 @@
 #include "TestMedia.h"
 #include "TestSoundServer.h"
 
+#include <QDBusArgument>
 #include <QDBusConnection>
+#include <QDBusInterface>
+#include <QDBusMetaType>
 #include <QDBusObjectPath>
+#include <QDBusReply>
+#include <QFile>
 #include <QProcess>
 #include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QUrl>
 
+#include <cmath>
 #include <set>
 
 using namespace Qt::StringLiterals;
@@ -97,6 +103,41 @@ private:
     ScreenSaverCalls &m_calls;
 };
 
+// What the player announces over MPRIS: each PropertiesChanged of its player interface, and each
+// Seeked.
+class MprisSignals : public QObject
+{
+    Q_OBJECT
+
+public:
+    QList<QVariantMap> changes;
+    QList<qlonglong> seeks;
+
+    // The newest announced value of a property, or nothing.
+    QVariant last(const QString &name) const
+    {
+        for (auto change = changes.crbegin(); change != changes.crend(); ++change) {
+            if (change->contains(name))
+                return change->value(name);
+        }
+        return {};
+    }
+
+public Q_SLOTS:
+    void propertiesChanged(const QString &interface, const QVariantMap &changed,
+                           const QStringList &)
+    {
+        if (interface == u"org.mpris.MediaPlayer2.Player"_s)
+            changes.append(changed);
+    }
+    void seeked(qlonglong position) { seeks.append(position); }
+};
+
+QVariantMap unpacked(const QVariant &value)
+{
+    return qdbus_cast<QVariantMap>(value.value<QDBusArgument>());
+}
+
 } // namespace
 
 // The player as a desktop citizen, on a session bus of its own (the test runs under
@@ -110,6 +151,7 @@ private Q_SLOTS:
     void cleanup();
     void keepsTheScreenOnWhileVideoPlays_data();
     void keepsTheScreenOnWhileVideoPlays();
+    void answersTheDesktopsPlayerControls();
 
 private:
     void startPlayer();
@@ -213,6 +255,83 @@ void tst_DesktopServices::keepsTheScreenOnWhileVideoPlays()
     QTRY_COMPARE(calls.calls, QStringList({hold, release, hold, release, hold}));
     quitPlayer();
     QTRY_COMPARE(calls.calls, QStringList({hold, release, hold, release, hold, release}));
+}
+
+void tst_DesktopServices::answersTheDesktopsPlayerControls()
+{
+    // A channel list whose entry for the clip has a logo: the desktop shows it as the art.
+    const QString clip = QUrl::fromLocalFile(testMedia(u"long.mp4"_s)).toString();
+    QFile list(m_home.filePath(u"channels.m3u"_s));
+    QVERIFY(list.open(QIODevice::WriteOnly));
+    list.write("#EXTM3U\n#EXTINF:-1 tvg-logo=\"http://logos.example/long.png\",Long\n" +
+               clip.toUtf8() + '\n');
+    list.close();
+    startPlayer();
+    QCOMPARE(m_client.request({u"import_local_m3u"_s, list.fileName()}).value(u"error"_s),
+             u"success"_s);
+
+    const QString service = u"org.mpris.MediaPlayer2.velmplayerpro"_s;
+    const QString path = u"/org/mpris/MediaPlayer2"_s;
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    QDBusInterface player(service, path, u"org.mpris.MediaPlayer2.Player"_s, bus);
+    QVERIFY2(player.isValid(), qPrintable(player.lastError().message()));
+    QCOMPARE(player.property("PlaybackStatus"), u"Stopped"_s);
+    MprisSignals heard;
+    QVERIFY(bus.connect(service, path, u"org.freedesktop.DBus.Properties"_s, u"PropertiesChanged"_s,
+                        &heard, SLOT(propertiesChanged(QString, QVariantMap, QStringList))));
+    QVERIFY(bus.connect(service, path, u"org.mpris.MediaPlayer2.Player"_s, u"Seeked"_s, &heard,
+                        SLOT(seeked(qlonglong))));
+    const auto position = [&] {
+        return m_client.data({u"get_property"_s, u"currentTime"_s}).toDouble();
+    };
+
+    player.call(u"OpenUri"_s, clip);
+    QTRY_COMPARE(heard.last(u"PlaybackStatus"_s), QVariant(u"Playing"_s));
+    QTRY_COMPARE(unpacked(heard.last(u"Metadata"_s)).value(u"mpris:length"_s).toLongLong(),
+                 700'000'000);
+    const QVariantMap metadata = unpacked(heard.last(u"Metadata"_s));
+    QCOMPARE(metadata.value(u"xesam:title"_s), QVariant(u"long.mp4"_s));
+    QCOMPARE(metadata.value(u"xesam:url"_s), QVariant(clip));
+    QCOMPARE(metadata.value(u"mpris:artUrl"_s), QVariant(u"http://logos.example/long.png"_s));
+    const QDBusObjectPath track = metadata.value(u"mpris:trackid"_s).value<QDBusObjectPath>();
+    QVERIFY(track.path().startsWith(u"/app/velmplayerpro/track/"_s));
+
+    player.call(u"Pause"_s);
+    QTRY_COMPARE(heard.last(u"PlaybackStatus"_s), QVariant(u"Paused"_s));
+    QCOMPARE(m_client.data({u"get_property"_s, u"isPlaying"_s}), QJsonValue(false));
+    player.call(u"SetPosition"_s, QVariant::fromValue(track), qlonglong(300'000'000));
+    QTRY_VERIFY(std::abs(position() - 300) < 0.5);
+    QTRY_VERIFY(!heard.seeks.isEmpty() && std::abs(heard.seeks.last() - 300'000'000) < 500'000);
+    // Positions for another track, or past the end, are not taken.
+    player.call(u"SetPosition"_s, QVariant::fromValue(QDBusObjectPath(u"/app/other"_s)),
+                qlonglong(100'000'000));
+    player.call(u"SetPosition"_s, QVariant::fromValue(track), qlonglong(900'000'000));
+    player.call(u"Seek"_s, qlonglong(10'000'000));
+    QTRY_VERIFY(std::abs(position() - 310) < 0.5);
+    player.call(u"Next"_s);
+    QTRY_VERIFY(std::abs(position() - 330) < 0.5);
+    player.call(u"Previous"_s);
+    QTRY_VERIFY(std::abs(position() - 310) < 0.5);
+    player.call(u"Previous"_s);
+    QTRY_VERIFY(std::abs(position() - 290) < 0.5);
+    QTRY_COMPARE(player.property("Position").toLongLong() / 1000000, 290);
+
+    player.call(u"PlayPause"_s);
+    QTRY_COMPARE(heard.last(u"PlaybackStatus"_s), QVariant(u"Playing"_s));
+    QVERIFY(player.setProperty("Volume", 0.5));
+    QTRY_COMPARE(m_client.data({u"get_property"_s, u"volume"_s}), QJsonValue(0.5));
+    QTRY_COMPARE(heard.last(u"Volume"_s), QVariant(0.5));
+
+    // A live stream has no end to seek within.
+    QCOMPARE(m_client.request({u"play"_s, clip, u"Live"_s, true}).value(u"error"_s), u"success"_s);
+    QTRY_COMPARE(heard.last(u"CanSeek"_s), QVariant(false));
+    QVERIFY(!unpacked(heard.last(u"Metadata"_s)).contains(u"mpris:length"_s));
+    player.call(u"Stop"_s);
+    QTRY_COMPARE(heard.last(u"PlaybackStatus"_s), QVariant(u"Stopped"_s));
+
+    QDBusInterface(service, path, u"org.mpris.MediaPlayer2"_s, bus).call(u"Quit"_s);
+    QVERIFY(m_app.waitForFinished(20000));
+    QCOMPARE(m_app.exitCode(), 0);
 }
 
 QTEST_GUILESS_MAIN(tst_DesktopServices)
