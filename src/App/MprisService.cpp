@@ -57,7 +57,7 @@ bool MprisService::publish()
     if (!bus.isConnected() || !bus.registerObject(objectPath, this))
         return false;
     const QString name =
-        QStringLiteral("org.mpris.MediaPlayer2.") + AppIdentity::desktopEntry.toString();
+        QStringLiteral("org.mpris.MediaPlayer2.") + AppIdentity::executableName.toString();
     // Registering a name is one short call to the bus daemon, made once at start.
     for (const QString &candidate :
          {name, name + QStringLiteral(".instance%1").arg(QCoreApplication::applicationPid())}) {

@@ -8,6 +8,7 @@
 #include "UI/PlayerTheme.h"
 
 #include <QDir>
+#include <QIcon>
 
 #include <csignal>
 #include <cstdio>
@@ -60,6 +61,9 @@ int main(int argc, char **argv)
     QCoreApplication::setOrganizationName(AppIdentity::organizationName.toString());
     QCoreApplication::setApplicationName(AppIdentity::applicationName.toString());
     QCoreApplication::setApplicationVersion(AppIdentity::version.toString());
+    QGuiApplication::setDesktopFileName(AppIdentity::desktopEntry.toString());
+    QGuiApplication::setWindowIcon(
+        QIcon(QStringLiteral(":/%1.svg").arg(AppIdentity::desktopEntry.toString())));
 
     PlayerTheme::apply(application);
     AppSession session;
