@@ -3,6 +3,7 @@
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -18,6 +19,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -123,6 +125,30 @@ bool awaitAcceptance(const SocketHandle &socket, int timeoutMs)
     return answer.startsWith(accepted);
 }
 
+// The user's runtime folder. Where no session provides one (a shell over ssh, a container), a
+// folder of the user's own in the temporary folder, private as a session's would be; empty when
+// that folder is not safely the user's, since whoever owns it could take the files handed over.
+QString runtimeFolder()
+{
+#ifdef Q_OS_MACOS
+    return QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+#else
+    const QString session = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    if (!session.isEmpty() && QFileInfo(session).isDir())
+        return session;
+    const QString own = QDir::tempPath() + QStringLiteral("/velmplayerpro-%1").arg(::getuid());
+    const QByteArray native = QFile::encodeName(own);
+    ::mkdir(native.constData(), 0700);
+    struct stat info
+    {
+    };
+    if (::lstat(native.constData(), &info) != 0 || !S_ISDIR(info.st_mode) ||
+        info.st_uid != ::getuid() || (info.st_mode & 077) != 0)
+        return {};
+    return own;
+#endif
+}
+
 } // namespace
 
 QString InstanceChannel::defaultPath()
@@ -131,8 +157,10 @@ QString InstanceChannel::defaultPath()
         QCryptographicHash::hash(QFile::encodeName(QDir::homePath()), QCryptographicHash::Sha1)
             .toHex()
             .left(12);
-    return QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) +
-           QStringLiteral("/velmplayerpro-%1.socket").arg(QString::fromLatin1(home));
+    const QString folder = runtimeFolder();
+    if (folder.isEmpty())
+        return {};
+    return folder + QStringLiteral("/velmplayerpro-%1.socket").arg(QString::fromLatin1(home));
 }
 
 InstanceChannel::HandOff InstanceChannel::handOff(const QString &path, const QStringList &sources,

@@ -26,7 +26,8 @@ public:
     };
 
     // One socket per user and home folder, in the user's runtime folder: players with different
-    // homes keep different settings and saved links, so they stay apart.
+    // homes keep different settings and saved links, so they stay apart. Empty where no folder
+    // is safely the user's: each launch then has a window of its own.
     static QString defaultPath();
     // Blocks for at most timeoutMs; needs no application object, so that a launch that hands
     // over ends before any window system is touched.

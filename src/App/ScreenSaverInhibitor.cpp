@@ -52,14 +52,6 @@ ScreenSaverInhibitor::~ScreenSaverInhibitor()
     release();
 }
 
-void ScreenSaverInhibitor::setInhibited(bool inhibited)
-{
-    if (inhibited == m_wanted)
-        return;
-    m_wanted = inhibited;
-    settle();
-}
-
 void ScreenSaverInhibitor::settle()
 {
     if (m_hold->requestUnderWay)

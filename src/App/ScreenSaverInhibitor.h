@@ -20,7 +20,13 @@ public:
     // Releases a hold still in place.
     ~ScreenSaverInhibitor() override;
 
-    void setInhibited(bool inhibited);
+    void setInhibited(bool inhibited)
+    {
+        if (inhibited == m_wanted)
+            return;
+        m_wanted = inhibited;
+        settle();
+    }
     bool isInhibited() const { return m_wanted; }
 
 private:

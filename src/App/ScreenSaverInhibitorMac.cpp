@@ -19,14 +19,6 @@ ScreenSaverInhibitor::~ScreenSaverInhibitor()
     release();
 }
 
-void ScreenSaverInhibitor::setInhibited(bool inhibited)
-{
-    if (inhibited == m_wanted)
-        return;
-    m_wanted = inhibited;
-    settle();
-}
-
 void ScreenSaverInhibitor::settle()
 {
     if (m_wanted && !m_hold->assertion)

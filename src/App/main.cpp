@@ -33,9 +33,10 @@ int main(int argc, char **argv)
     }
     // A window that a script drives, or one asked for, stands on its own; any other launch hands
     // its sources to the player already running and ends before it touches the window system.
-    const bool ownWindow = commandLine.newWindow || !commandLine.screenshotPath.isEmpty();
-    const bool mayHandOff = !ownWindow && commandLine.controlSocketPath.isEmpty();
     const QString channelPath = InstanceChannel::defaultPath();
+    const bool ownWindow =
+        commandLine.newWindow || !commandLine.screenshotPath.isEmpty() || channelPath.isEmpty();
+    const bool mayHandOff = !ownWindow && commandLine.controlSocketPath.isEmpty();
     const QString workingDirectory = QDir::currentPath();
     InstanceChannel::HandOff handOff = InstanceChannel::HandOff::noPlayer;
     if (mayHandOff) {

@@ -5,8 +5,10 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QImage>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLocalSocket>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -38,6 +40,7 @@ private Q_SLOTS:
     void recordsOnRequest();
     void handsLaterLaunchesToThePlayer_data();
     void handsLaterLaunchesToThePlayer();
+    void handsOverWhileAListLoads();
     void takesOverTheSocketOfAPlayerThatDied();
     void quitsAndKeepsTheSavedLinks();
 
@@ -325,6 +328,28 @@ void tst_ControlSocket::handsLaterLaunchesToThePlayer()
     const qsizetype screenshot = arguments.indexOf(u"--screenshot"_s);
     if (screenshot >= 0)
         QVERIFY(!QImage(arguments.at(screenshot + 1)).isNull());
+}
+
+void tst_ControlSocket::handsOverWhileAListLoads()
+{
+    TestHttpReply slow = TestHttpReply::of(200, "OK", "#EXTM3U\n#EXTINF:-1,Late\nhttp://tv/late\n");
+    slow.delay = std::chrono::seconds(20);
+    m_server.route("/tv/slow.m3u", slow);
+    // Asked on a connection of its own, whose answer comes only when the list has loaded.
+    QLocalSocket loading;
+    loading.connectToServer(m_socketPath);
+    QVERIFY(loading.waitForConnected(5000));
+    loading.write(
+        QJsonDocument(QJsonObject{{u"command"_s,
+                                   QJsonArray{u"openRemote"_s, m_server.url(u"/tv/slow.m3u"_s)}}})
+            .toJson(QJsonDocument::Compact) +
+        '\n');
+    QVERIFY(loading.waitForBytesWritten(5000));
+    QTRY_COMPARE(m_client.data({u"get_property"_s, u"isLoading"_s}), QJsonValue(true));
+    const QString file = testMedia(u"columns.mp4"_s);
+    QCOMPARE(launchAgain({file}, m_home.path()), 0);
+    QTRY_COMPARE(m_client.data({u"get_property"_s, u"currentURL"_s}),
+                 QJsonValue(QUrl::fromLocalFile(file).toString()));
 }
 
 void tst_ControlSocket::takesOverTheSocketOfAPlayerThatDied()
