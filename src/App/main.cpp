@@ -66,6 +66,16 @@ int main(int argc, char **argv)
     QGuiApplication::setWindowIcon(
         QIcon(QStringLiteral(":/%1.svg").arg(AppIdentity::desktopEntry.toString())));
 
+    // This player takes the launches that follow, unless it stands on its own or a player that
+    // did not answer holds the socket. It listens before the window is made, so that launches
+    // meanwhile wait for it rather than open windows of their own.
+    InstanceChannel channel;
+    if (!ownWindow && handOff == InstanceChannel::HandOff::noPlayer &&
+        !channel.listen(channelPath) && mayHandOff &&
+        InstanceChannel::handOff(channelPath, commandLine.sources, workingDirectory) ==
+            InstanceChannel::HandOff::delivered)
+        return 0; // another player started at the same moment and took the sources
+
     PlayerTheme::apply(application);
     AppSession session;
     if (!commandLine.controlSocketPath.isEmpty()) {
@@ -77,14 +87,6 @@ int main(int argc, char **argv)
         }
     }
     QObject::connect(&application, &VelmApplication::openRequested, &session, &AppSession::openURL);
-    // This player takes the launches that follow, unless it stands on its own or a player that
-    // did not answer holds the socket.
-    InstanceChannel channel;
-    if (!ownWindow && handOff == InstanceChannel::HandOff::noPlayer &&
-        !channel.listen(channelPath) && mayHandOff &&
-        InstanceChannel::handOff(channelPath, commandLine.sources, workingDirectory) ==
-            InstanceChannel::HandOff::delivered)
-        return 0; // another player started at the same moment and took the sources
     QObject::connect(&channel, &InstanceChannel::openRequested, &session,
                      [&session](const QStringList &sources, const QString &directory) {
                          session.bringToFront();
