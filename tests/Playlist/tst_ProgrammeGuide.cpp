@@ -1,0 +1,217 @@
+#include "Playlist/GuideAddresses.h"
+#include "Playlist/GuideReader.h"
+#include "Playlist/XmltvTime.h"
+
+#include <QBuffer>
+#include <QDateTime>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+qint64 utc(const char *iso)
+{
+    return QDateTime::fromString(QString::fromLatin1(iso), Qt::ISODate).toMSecsSinceEpoch();
+}
+
+// A guide of the shape public guides have: channels first, then programmes.
+const QByteArray guide = R"(<?xml version="1.0" encoding="UTF-8"?>
+<!DOCTYPE tv SYSTEM "xmltv.dtd">
+<tv generator-info-name="test">
+  <channel id="bbc1.uk"><display-name lang="en">BBC One</display-name><icon src="x.png"/></channel>
+  <channel id="arte.de"><display-name>Arte</display-name><display-name>ARTE HD</display-name></channel>
+  <channel id="rai1.it"><display-name>Rai 1</display-name></channel>
+  <channel id="other"><display-name>Somewhere Else</display-name></channel>
+  <programme start="20261123060000 +0000" stop="20261123070000 +0000" channel="bbc1.uk"><title>Ended Before</title></programme>
+  <programme start="20261123180000 +0000" stop="20261123190000 +0000" channel="BBC1.UK">
+    <title lang="en">News</title><sub-title>Evening</sub-title><desc>What happened.</desc>
+    <credits><presenter>Someone</presenter></credits><category>News</category><category>Talk</category>
+  </programme>
+  <programme start="20261123190000 +0000" stop="20261124010000 +0000" channel="bbc1.uk"><title>Across Midnight</title></programme>
+  <programme start="20261125120000 +0000" stop="20261125130000 +0000" channel="bbc1.uk"><title>After The Window</title></programme>
+  <programme start="20261123193000 +0100" channel="arte.de"><title>Open End</title></programme>
+  <programme start="20261123200000 +0100" stop="20261123210000 +0100" channel="arte.de"><title>Documentary</title></programme>
+  <programme start="20261123210000 +0100" channel="arte.de"><title>Last Without Stop</title></programme>
+  <programme start="2026-11-23" stop="20261123210000 +0100" channel="arte.de"><title>Wrong Date</title></programme>
+  <programme start="20261123180000 +0000" stop="20261123190000 +0000" channel="rai1.it"><title>Rai By Name</title></programme>
+  <programme start="20261123180000 +0000" stop="20261123190000 +0000" channel="undeclared.fr"><title>Undeclared</title></programme>
+  <programme start="20261123180000 +0000" stop="20261123190000 +0000" channel="nobody"><title>Unknown Channel</title></programme>
+  <programme start="20261123180000 +0000" stop="20261123190000 +0000" channel="other"><title>Elsewhere</title></programme>
+</tv>
+)";
+
+// Now 2026-11-23 18:30 UTC: the window runs from 15:30 to 36 hours on.
+const qint64 now = utc("2026-11-23T18:30:00Z");
+
+GuideReader::Result read(const QByteArray &xml, const QList<GuideReader::Channel> &channels)
+{
+    QBuffer buffer;
+    buffer.setData(xml);
+    buffer.open(QIODevice::ReadOnly);
+    return GuideReader(channels, now - 3 * 3600'000LL, now + 36 * 3600'000LL).read(buffer);
+}
+
+QStringList titles(const QList<GuideProgramme> &programmes)
+{
+    QStringList result;
+    for (const GuideProgramme &programme : programmes)
+        result.append(programme.title);
+    return result;
+}
+
+} // namespace
+
+class tst_ProgrammeGuide : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void readsGuideTimes_data();
+    void readsGuideTimes();
+    void findsTheGuidesAPlaylistNames_data();
+    void findsTheGuidesAPlaylistNames();
+    void keepsWhatTheListCanShow();
+    void keepsWhatCameBeforeAFault_data();
+    void keepsWhatCameBeforeAFault();
+};
+
+void tst_ProgrammeGuide::readsGuideTimes_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<qint64>("expected"); // 0: no time
+
+    QTest::newRow("offset east") << "20261123193000 +0100"_ba << utc("2026-11-23T18:30:00Z");
+    QTest::newRow("offset west, half hour")
+        << "20261123193000 -0530"_ba << utc("2026-11-24T01:00:00Z");
+    QTest::newRow("no offset is UTC") << "20261123193000"_ba << utc("2026-11-23T19:30:00Z");
+    QTest::newRow("Z") << "20261123193000 Z"_ba << utc("2026-11-23T19:30:00Z");
+    QTest::newRow("no space, colon") << "20261123193000+01:00"_ba << utc("2026-11-23T18:30:00Z");
+    QTest::newRow("no seconds") << "202611231930 +0000"_ba << utc("2026-11-23T19:30:00Z");
+    QTest::newRow("date only") << "20261123"_ba << utc("2026-11-23T00:00:00Z");
+    QTest::newRow("into the next year") << "20261231233000 -0100"_ba << utc("2027-01-01T00:30:00Z");
+    QTest::newRow("29 February") << "20280229120000 +0000"_ba << utc("2028-02-29T12:00:00Z");
+    // The night European clocks go forward: 01:30 CET and 03:30 CEST are an hour apart.
+    QTest::newRow("before summer time") << "20260329013000 +0100"_ba << utc("2026-03-29T00:30:00Z");
+    QTest::newRow("after summer time") << "20260329033000 +0200"_ba << utc("2026-03-29T01:30:00Z");
+    for (const char *wrong : {"", "2026-11-23 19:30", "20261323193000 +0000", "20261123253000",
+                              "20260230120000", "2026112319300 +0000", "abcd1123193000",
+                              "20261123193000 +2500", "20261123193000 CET", "20261123193000 +01"})
+        QTest::addRow("wrong: \"%s\"", wrong) << QByteArray(wrong) << qint64(0);
+}
+
+void tst_ProgrammeGuide::readsGuideTimes()
+{
+    QFETCH(QByteArray, text);
+    QFETCH(qint64, expected);
+    QCOMPARE(XmltvTime::parse(text).value_or(0), expected);
+}
+
+void tst_ProgrammeGuide::findsTheGuidesAPlaylistNames_data()
+{
+    QTest::addColumn<QByteArray>("playlist");
+    QTest::addColumn<QStringList>("expected");
+
+    QTest::newRow("a list, as public lists write it")
+        << "#EXTM3U x-tvg-url=\"https://a/guide.xml.gz, https://b/epg.xml\"\n#EXTINF:-1,A\nhttp://a/1\n"_ba
+        << QStringList{u"https://a/guide.xml.gz"_s, u"https://b/epg.xml"_s};
+    QTest::newRow("the other spelling, and both, in the order written")
+        << "#EXTM3U url-tvg=\"https://b/epg.xml\" tvg-shift=\"0\" X-TVG-URL=\"https://a/g.xml\"\n"_ba
+        << QStringList{u"https://b/epg.xml"_s, u"https://a/g.xml"_s};
+    QTest::newRow("relative, resolved like channel lines")
+        << "#EXTM3U x-tvg-url=\"guide.xml,../epg/all.xml.gz\"\r\n"_ba
+        << QStringList{u"http://lists.example/tv/guide.xml"_s,
+                       u"http://lists.example/epg/all.xml.gz"_s};
+    QTest::newRow("each once, blanks and bad ones left out")
+        << "\xEF\xBB\xBF\n#EXTM3U x-tvg-url=\"https://a/g.xml, ,https://a/g.xml,http://bad host/\"\n"_ba
+        << QStringList{u"https://a/g.xml"_s};
+    QTest::newRow("a longer name that ends the same")
+        << "#EXTM3U my-x-tvg-url=\"https://a/g.xml\"\n"_ba << QStringList{};
+    QTest::newRow("no closing quote")
+        << "#EXTM3U x-tvg-url=\"https://a/g.xml\n"_ba << QStringList{};
+    QTest::newRow("not in the header")
+        << "#EXTINF:-1 x-tvg-url=\"https://a/g.xml\",A\nhttp://a/1\n"_ba << QStringList{};
+}
+
+void tst_ProgrammeGuide::findsTheGuidesAPlaylistNames()
+{
+    QFETCH(QByteArray, playlist);
+    QFETCH(QStringList, expected);
+    const WebAddress base = *WebAddress::fromText(u"http://lists.example/tv/list.m3u"_s);
+    QStringList found;
+    for (const WebAddress &address : GuideAddresses::fromPlaylist(playlist, base))
+        found.append(address.text());
+    QCOMPARE(found, expected);
+}
+
+void tst_ProgrammeGuide::keepsWhatTheListCanShow()
+{
+    const GuideReader::Result result =
+        read(guide, {{u"BBC1.UK"_s, {}, u"BBC One HD"_s},
+                     {{}, u"ARTE HD"_s, u"Arte Deutschland"_s},
+                     {{}, {}, u"rai 1"_s},
+                     {u"undeclared.fr"_s, {}, u"Undeclared FR"_s},
+                     // An id the guide does not know: the name decides.
+                     {u"missing.id"_s, {}, u"Somewhere Else"_s},
+                     // An id the guide knows: the name that another guide channel has does not
+                     // count.
+                     {u"rai1.it"_s, {}, u"Somewhere Else"_s},
+                     {u"nothing"_s, {}, u"Not In The Guide"_s}});
+    QVERIFY(result.complete);
+    QCOMPARE(result.programmes.size(), 7);
+    QCOMPARE(titles(result.programmes[0]), QStringList({u"News"_s, u"Across Midnight"_s}));
+    const GuideProgramme &news = result.programmes[0][0];
+    QCOMPARE(news.subTitle, u"Evening"_s);
+    QCOMPARE(news.description, u"What happened."_s);
+    QCOMPARE(news.category, u"News"_s);
+    QVERIFY(news.isOnAt(now));
+    QCOMPARE(result.programmes[0][1].stop, utc("2026-11-24T01:00:00Z"));
+    // Without a stop a programme runs to the next one; the last one has no known end.
+    QCOMPARE(titles(result.programmes[1]), QStringList({u"Open End"_s, u"Documentary"_s}));
+    QCOMPARE(result.programmes[1][0].stop, utc("2026-11-23T19:00:00Z"));
+    QCOMPARE(titles(result.programmes[2]), QStringList({u"Rai By Name"_s}));
+    QCOMPARE(titles(result.programmes[3]), QStringList({u"Undeclared"_s}));
+    QCOMPARE(titles(result.programmes[4]), QStringList({u"Elsewhere"_s}));
+    QCOMPARE(titles(result.programmes[5]), QStringList({u"Rai By Name"_s}));
+    QVERIFY(result.programmes[6].isEmpty());
+}
+
+void tst_ProgrammeGuide::keepsWhatCameBeforeAFault_data()
+{
+    QTest::addColumn<QByteArray>("xml");
+    QTest::addColumn<QStringList>("kept");
+    QTest::addColumn<bool>("complete");
+
+    const QByteArray start = guide.left(guide.indexOf("<programme start=\"20261123190000"));
+    QTest::newRow("cut short") << start + "<programme start=\"2026" << QStringList{u"News"_s}
+                               << false;
+    QTest::newRow("malformed further on")
+        << start + "<programme channel=\"bbc1.uk\" start=\"20261123190000\" <title>" +
+               guide.sliced(guide.indexOf("<programme start=\"20261123190000"))
+        << QStringList{u"News"_s} << false;
+    QTest::newRow("a description of pages, cut")
+        << start +
+               "<programme start=\"20261123190000 +0000\" stop=\"20261123200000 +0000\" "
+               "channel=\"bbc1.uk\"><title>Long</title><desc>" +
+               QByteArray(5000, 'x') + "</desc></programme></tv>"
+        << QStringList{u"News"_s, u"Long"_s} << true;
+    QTest::newRow("not a guide") << "<html><body>Not found</body></html>"_ba << QStringList{}
+                                 << true;
+    QTest::newRow("not XML") << "\x1f\x8b\x08\x00 binary"_ba << QStringList{} << false;
+}
+
+void tst_ProgrammeGuide::keepsWhatCameBeforeAFault()
+{
+    QFETCH(QByteArray, xml);
+    QFETCH(QStringList, kept);
+    QFETCH(bool, complete);
+    const GuideReader::Result result = read(xml, {{u"bbc1.uk"_s, {}, {}}});
+    QCOMPARE(result.complete, complete);
+    QCOMPARE(result.error.isEmpty(), complete);
+    QCOMPARE(titles(result.programmes.value(0)), kept);
+    for (const GuideProgramme &programme : result.programmes.value(0))
+        QVERIFY(programme.description.size() <= GuideReader::maxDescriptionLength);
+}
+
+QTEST_APPLESS_MAIN(tst_ProgrammeGuide)
+#include "tst_ProgrammeGuide.moc"
