@@ -1,10 +1,13 @@
 #include "Playlist/GuideAddresses.h"
 #include "Playlist/GuideReader.h"
+#include "Playlist/InflatingDevice.h"
 #include "Playlist/XmltvTime.h"
 
 #include <QBuffer>
 #include <QDateTime>
 #include <QTest>
+
+#include <zlib.h>
 
 using namespace Qt::StringLiterals;
 
@@ -44,12 +47,31 @@ const QByteArray guide = R"(<?xml version="1.0" encoding="UTF-8"?>
 // Now 2026-11-23 18:30 UTC: the window runs from 15:30 to 36 hours on.
 const qint64 now = utc("2026-11-23T18:30:00Z");
 
-GuideReader::Result read(const QByteArray &xml, const QList<GuideReader::Channel> &channels)
+// The bytes as one gzip member, as guides are served.
+QByteArray gzipped(const QByteArray &bytes)
+{
+    z_stream stream{};
+    deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, 15 + 16, 8, Z_DEFAULT_STRATEGY);
+    QByteArray out(int(deflateBound(&stream, uLong(bytes.size()))), Qt::Uninitialized);
+    stream.next_in = reinterpret_cast<Bytef *>(const_cast<char *>(bytes.constData()));
+    stream.avail_in = uInt(bytes.size());
+    stream.next_out = reinterpret_cast<Bytef *>(out.data());
+    stream.avail_out = uInt(out.size());
+    deflate(&stream, Z_FINISH);
+    out.resize(qsizetype(stream.total_out));
+    deflateEnd(&stream);
+    return out;
+}
+
+GuideReader::Result read(const QByteArray &bytes, const QList<GuideReader::Channel> &channels,
+                         qint64 maxSize = 1 << 20)
 {
     QBuffer buffer;
-    buffer.setData(xml);
+    buffer.setData(bytes);
     buffer.open(QIODevice::ReadOnly);
-    return GuideReader(channels, now - 3 * 3600'000LL, now + 36 * 3600'000LL).read(buffer);
+    InflatingDevice inflated(buffer, maxSize);
+    inflated.open(QIODevice::ReadOnly);
+    return GuideReader(channels, now - 3 * 3600'000LL, now + 36 * 3600'000LL).read(inflated);
 }
 
 QStringList titles(const QList<GuideProgramme> &programmes)
@@ -74,6 +96,8 @@ private Q_SLOTS:
     void keepsWhatTheListCanShow();
     void keepsWhatCameBeforeAFault_data();
     void keepsWhatCameBeforeAFault();
+    void readsCompressedGuides_data();
+    void readsCompressedGuides();
 };
 
 void tst_ProgrammeGuide::readsGuideTimes_data()
@@ -211,6 +235,36 @@ void tst_ProgrammeGuide::keepsWhatCameBeforeAFault()
     QCOMPARE(titles(result.programmes.value(0)), kept);
     for (const GuideProgramme &programme : result.programmes.value(0))
         QVERIFY(programme.description.size() <= GuideReader::maxDescriptionLength);
+}
+
+void tst_ProgrammeGuide::readsCompressedGuides_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<int>("kept");
+    QTest::addColumn<bool>("complete");
+
+    const QByteArray whole = gzipped(guide);
+    QTest::newRow("plain") << guide << 2 << true;
+    QTest::newRow("gzip") << whole << 2 << true;
+    const qsizetype half = guide.indexOf("<programme start=\"20261123190000");
+    QTest::newRow("two gzip members")
+        << gzipped(guide.left(half)) + gzipped(guide.sliced(half)) << 2 << true;
+    QTest::newRow("gzip, padded with zeros") << whole + QByteArray(512, '\0') << 2 << true;
+    QTest::newRow("gzip, cut short")
+        << gzipped(guide.left(half)) + gzipped(guide.sliced(half)).left(40) << 1 << false;
+    // A few kilobytes that would inflate past the limit: stopped there.
+    QTest::newRow("inflates too far")
+        << gzipped(guide.left(half) + QByteArray(8 << 20, ' ') + guide.sliced(half)) << 1 << false;
+}
+
+void tst_ProgrammeGuide::readsCompressedGuides()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(int, kept);
+    QFETCH(bool, complete);
+    const GuideReader::Result result = read(bytes, {{u"bbc1.uk"_s, {}, {}}});
+    QCOMPARE(result.programmes.value(0).size(), kept);
+    QCOMPARE(result.complete, complete);
 }
 
 QTEST_APPLESS_MAIN(tst_ProgrammeGuide)
