@@ -19,6 +19,17 @@ QString folded(const QString &text)
     return text.trimmed().toCaseFolded();
 }
 
+// Times are short and plain ASCII: read from a buffer on the stack, not a fresh allocation.
+std::optional<qint64> parseTime(QStringView text)
+{
+    char ascii[40];
+    if (text.size() > qsizetype(sizeof ascii))
+        return std::nullopt;
+    for (qsizetype i = 0; i < text.size(); ++i)
+        ascii[i] = text[i].unicode() < 128 ? char(text[i].unicode()) : '?';
+    return XmltvTime::parse(QByteArrayView(ascii, text.size()));
+}
+
 QString capped(QString text, qsizetype length)
 {
     text = text.trimmed();
@@ -113,16 +124,25 @@ private:
         return *found;
     }
 
+    // A guide lists each channel's programmes together: the channel looked up last is most
+    // likely the next one's too.
+    const QList<int> &keysOfChannel(QStringView written)
+    {
+        if (written != m_lastChannel) {
+            m_lastChannel = written.toString();
+            m_lastKeys = keysOf(folded(m_lastChannel));
+        }
+        return m_lastKeys;
+    }
+
     void readProgramme()
     {
         const QXmlStreamAttributes attributes = m_xml.attributes();
-        const QList<int> &keys =
-            keysOf(folded(attributes.value(QLatin1StringView("channel")).toString()));
-        const std::optional<qint64> start =
-            XmltvTime::parse(attributes.value(QLatin1StringView("start")).toLatin1());
+        const QList<int> &keys = keysOfChannel(attributes.value(QLatin1StringView("channel")));
+        const std::optional<qint64> start = parseTime(attributes.value(QLatin1StringView("start")));
         const QStringView stopText = attributes.value(QLatin1StringView("stop"));
         const std::optional<qint64> stop =
-            stopText.isEmpty() ? std::optional(unknownStop) : XmltvTime::parse(stopText.toLatin1());
+            stopText.isEmpty() ? std::optional(unknownStop) : parseTime(stopText);
         // Unknown channels, programmes out of the window and wrong times are passed over.
         if (keys.isEmpty() || !start || !stop || *start >= m_reader.m_windowEnd ||
             (*stop != unknownStop && (*stop <= *start || *stop <= m_reader.m_windowStart))) {
@@ -179,6 +199,8 @@ private:
     QXmlStreamReader m_xml;
     Result m_result;
     QList<Declared> m_declared;
+    QString m_lastChannel;
+    QList<int> m_lastKeys;
     bool m_settled = false;
     QHash<QString, QList<int>> m_keys; // the list's channels of each guide channel
     QSet<int> m_matched;               // the list's channels a declared guide channel took

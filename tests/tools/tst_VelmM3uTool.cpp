@@ -38,6 +38,7 @@ private Q_SLOTS:
     void classifies_data();
     void classifies();
     void summarises();
+    void countsAGuidesProgrammes();
 
 private:
     QString write(const QString &name, const QByteArray &bytes);
@@ -103,6 +104,10 @@ void tst_VelmM3uTool::reportsUnusableInput_data()
     QTest::newRow("not text") << QStringList{u"parse"_s, u"-"_s, u"--base"_s, u"http://h/"_s}
                               << QByteArray("\x1F\x8B\x08\x00http://h/a.ts\n", 17) << 2
                               << QByteArray("This file is not an M3U playlist.");
+    QTest::newRow("guide without channels")
+        << QStringList{u"guide"_s, u"<guide>"_s} << QByteArray() << 2 << QByteArray("CHANNEL_ID");
+    QTest::newRow("guide cut short") << QStringList{u"guide"_s, u"<cut guide>"_s, u"a"_s}
+                                     << QByteArray() << 2 << QByteArray("the guide broke off");
     QTest::newRow("unknown command") << QStringList{u"frobnicate"_s} << QByteArray() << 2
                                      << QByteArray("unknown command: frobnicate");
 }
@@ -117,10 +122,12 @@ void tst_VelmM3uTool::reportsUnusableInput()
     arguments.replaceInStrings(u"<empty>"_s, empty);
     arguments.replaceInStrings(u"<missing>"_s, m_dir->filePath(u"missing.m3u"_s));
     arguments.replaceInStrings(u"<folder>"_s, m_dir->path());
+    arguments.replaceInStrings(u"<guide>"_s, write(u"guide.xml"_s, "<tv></tv>"));
+    arguments.replaceInStrings(u"<cut guide>"_s, write(u"cut.xml"_s, "<tv><programme start="));
     const ProcessResult result = tool(arguments, input);
     QVERIFY(result.finished);
     QCOMPARE(result.exitCode, exitCode);
-    QVERIFY(result.out.isEmpty());
+    QVERIFY(result.out.isEmpty() || arguments.first() == u"guide");
     QVERIFY2(result.err.contains(message), result.err.constData());
 }
 
@@ -175,6 +182,23 @@ void tst_VelmM3uTool::summarises()
                                     "Without logo:       3\n"
                                     "Without group:      1\n"
                                     "Without country:    1\n"));
+}
+
+void tst_VelmM3uTool::countsAGuidesProgrammes()
+{
+    const QString path = write(
+        u"guide.xml"_s,
+        "<tv><channel id=\"a\"><display-name>A</display-name></channel>"
+        "<programme start=\"20261123180000 +0000\" stop=\"20261123190000 +0000\" channel=\"A\">"
+        "<title>One</title></programme>"
+        "<programme start=\"19991231230000 +0000\" stop=\"20000101010000 +0000\" channel=\"a\">"
+        "<title>Any time</title></programme>"
+        "<programme start=\"20261123180000\" stop=\"20261123190000\" channel=\"b\">"
+        "<title>Not asked for</title></programme></tv>");
+    const ProcessResult result = tool({u"guide"_s, path, u"a"_s, u"c"_s});
+    QCOMPARE(result.exitCode, 0);
+    QCOMPARE(result.out, QByteArray("Channels with programmes: 1\n"
+                                    "Programmes:               2\n"));
 }
 
 QTEST_GUILESS_MAIN(tst_VelmM3uTool)

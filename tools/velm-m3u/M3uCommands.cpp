@@ -3,6 +3,8 @@
 #include "Base/JsonText.h"
 #include "Player/PlayerTexts.h"
 #include "Player/RemoteAddress.h"
+#include "Playlist/GuideReader.h"
+#include "Playlist/InflatingDevice.h"
 #include "Playlist/PlaylistError.h"
 #include "Playlist/PlaylistJson.h"
 #include "Playlist/PlaylistReader.h"
@@ -31,6 +33,7 @@ const char *const generalHelp =
     "  parse PATH [--base URL]  print the playlist's channels as a JSON array\n"
     "  classify ADDRESS         print what the player would do with an address, as JSON\n"
     "  stats PATH               summarise a playlist's channels\n"
+    "  guide PATH CHANNEL_ID... count a programme guide's programmes of those channels\n"
     "\n"
     "'velm-m3u COMMAND --help' describes one command.\n";
 
@@ -55,6 +58,16 @@ const char *const statsHelp =
     "Usage: velm-m3u stats PATH\n"
     "Counts the playlist's channels, distinct countries and groups, and the channels that lack a\n"
     "logo, a group or a country. PATH '-' reads standard input.\n";
+
+const char *const guideHelp =
+    "Usage: velm-m3u guide PATH CHANNEL_ID...\n"
+    "Reads a programme guide (XMLTV, plain or gzip-compressed, told by its content) as the player\n"
+    "does, keeping the programmes of the channels whose tvg-ids are given, of any time, and\n"
+    "prints how many channels have programmes and how many programmes were kept.\n"
+    "Exit status: 0 success, 2 unreadable or broken guide or bad arguments.\n";
+
+// More than any real guide inflates to; a larger one is refused, as the player refuses it.
+constexpr qint64 maxGuideBytes = qint64(2) << 30;
 
 void writeOut(const QByteArray &bytes)
 {
@@ -139,6 +152,7 @@ int M3uCommands::run(const QStringList &arguments)
         {u"parse", parseHelp, &M3uCommands::parse},
         {u"classify", classifyHelp, &M3uCommands::classify},
         {u"stats", statsHelp, &M3uCommands::stats},
+        {u"guide", guideHelp, &M3uCommands::guide},
     };
     const QString name = arguments.value(0);
     const QStringList rest = arguments.mid(1);
@@ -236,5 +250,34 @@ int M3uCommands::stats(const QStringList &arguments)
                  .arg(withoutGroup)
                  .arg(withoutCountry)
                  .toUtf8());
+    return 0;
+}
+
+int M3uCommands::guide(const QStringList &arguments)
+{
+    if (arguments.size() < 2)
+        return fail(exitBadInput, u"guide takes a PATH and at least one CHANNEL_ID"_s);
+    QFile file(arguments[0]);
+    if (!file.open(QIODevice::ReadOnly))
+        return fail(exitBadInput,
+                    QStringLiteral("cannot read %1: %2").arg(arguments[0], file.errorString()));
+    InflatingDevice guide(file, maxGuideBytes);
+    guide.open(QIODevice::ReadOnly);
+    QList<GuideReader::Channel> channels;
+    for (const QString &id : arguments.mid(1))
+        channels.append({id, {}, {}});
+    constexpr qint64 allTime = std::numeric_limits<qint64>::max() / 2;
+    const GuideReader::Result result = GuideReader(channels, -allTime, allTime).read(guide);
+    qsizetype withProgrammes = 0, programmes = 0;
+    for (const QList<GuideProgramme> &list : result.programmes) {
+        withProgrammes += list.isEmpty() ? 0 : 1;
+        programmes += list.size();
+    }
+    writeOut(QStringLiteral("Channels with programmes: %1\nProgrammes:               %2\n")
+                 .arg(withProgrammes)
+                 .arg(programmes)
+                 .toUtf8());
+    if (!result.complete)
+        return fail(exitBadInput, QStringLiteral("the guide broke off: %1").arg(result.error));
     return 0;
 }

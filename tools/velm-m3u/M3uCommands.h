@@ -16,4 +16,5 @@ private:
     static int parse(const QStringList &arguments);
     static int classify(const QStringList &arguments);
     static int stats(const QStringList &arguments);
+    static int guide(const QStringList &arguments);
 };
