@@ -149,7 +149,10 @@ void PlayerHostingView::trackLargestFace()
                 const double endCpu = threadCpuMs();
                 watcher->deleteLater();
                 m_stepUnderWay = false;
-                const FaceSearchResult &result = watcher->future().result();
+                // A step whose picture never came (the engine went away meanwhile) ends empty.
+                const QFuture<FaceSearchResult> future = watcher->future();
+                const FaceSearchResult result =
+                    future.resultCount() > 0 ? future.result() : FaceSearchResult{};
                 faceSearchEnded(result.faces, generation);
                 Q_EMIT faceSearchMeasured(m_stepStartCpuMs + threadCpuMs() - endCpu, result.cpuMs);
             });
