@@ -71,9 +71,11 @@ qint64 InflatingDevice::readData(char *data, qint64 maxSize)
 
 qint64 InflatingDevice::inflateInto(char *data, qint64 maxSize)
 {
+    // zlib counts in unsigned ints: a larger request is served in part, as reads may be.
+    maxSize = std::min<qint64>(maxSize, std::numeric_limits<uInt>::max());
     z_stream &stream = m_inflater->stream;
     stream.next_out = reinterpret_cast<Bytef *>(data);
-    stream.avail_out = uInt(std::min<qint64>(maxSize, std::numeric_limits<uInt>::max()));
+    stream.avail_out = uInt(maxSize);
     while (stream.avail_out == uInt(maxSize) && !m_finished) {
         if (stream.avail_in == 0) {
             m_inflater->input = m_source.read(inputBlock);
