@@ -28,47 +28,44 @@ class tst_BackgroundRelease : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void freesLongListsOffTheCallingThread_data();
-    void freesLongListsOffTheCallingThread();
-};
-
-void tst_BackgroundRelease::freesLongListsOffTheCallingThread_data()
-{
-    QTest::addColumn<int>("length");
-    QTest::addColumn<bool>("shared");    // another copy of the list is kept meanwhile
-    QTest::addColumn<bool>("elsewhere"); // freed on another thread, else here and at once
-    QTest::newRow("a long list held alone") << 100'000 << false << true;
-    QTest::newRow("a short list") << 10 << false << false;
-    QTest::newRow("a long list someone shares") << 100'000 << true << false;
-}
-
-void tst_BackgroundRelease::freesLongListsOffTheCallingThread()
-{
-    QFETCH(int, length);
-    QFETCH(bool, shared);
-    QFETCH(bool, elsewhere);
-    auto freedOn = std::make_shared<std::atomic<QThread *>>(nullptr);
-    QList<Element> list;
+    void freesLongListsOffTheCallingThread_data()
     {
-        auto sentinel = std::make_shared<Sentinel>();
-        sentinel->freedOn = freedOn;
-        list = QList<Element>(length, Element{sentinel});
+        QTest::addColumn<int>("length");
+        QTest::addColumn<bool>("shared");    // another copy of the list is kept meanwhile
+        QTest::addColumn<bool>("elsewhere"); // freed on another thread, else here and at once
+        QTest::newRow("a long list held alone") << 100'000 << false << true;
+        QTest::newRow("a short list") << 10 << false << false;
+        QTest::newRow("a long list someone shares") << 100'000 << true << false;
     }
-    QList<Element> copy = shared ? list : QList<Element>();
 
-    releaseInBackground(std::move(list));
-    QVERIFY(list.isEmpty());
-    if (shared) {
-        // Only a reference went: the other holder's list is whole, and frees it here.
-        QCOMPARE(copy.size(), length);
-        QCOMPARE(freedOn->load(), nullptr);
-        copy = {};
+    void freesLongListsOffTheCallingThread()
+    {
+        QFETCH(int, length);
+        QFETCH(bool, shared);
+        QFETCH(bool, elsewhere);
+        auto freedOn = std::make_shared<std::atomic<QThread *>>(nullptr);
+        QList<Element> list;
+        {
+            auto sentinel = std::make_shared<Sentinel>();
+            sentinel->freedOn = freedOn;
+            list = QList<Element>(length, Element{sentinel});
+        }
+        QList<Element> copy = shared ? list : QList<Element>();
+
+        releaseInBackground(std::move(list));
+        QVERIFY(list.isEmpty());
+        if (shared) {
+            // Only a reference went: the other holder's list is whole, and frees it here.
+            QCOMPARE(copy.size(), length);
+            QCOMPARE(freedOn->load(), nullptr);
+            copy = {};
+        }
+        if (elsewhere)
+            QTRY_VERIFY(freedOn->load() != nullptr);
+        QVERIFY(freedOn->load() != nullptr);
+        QCOMPARE(freedOn->load() == QThread::currentThread(), !elsewhere);
     }
-    if (elsewhere)
-        QTRY_VERIFY(freedOn->load() != nullptr);
-    QVERIFY(freedOn->load() != nullptr);
-    QCOMPARE(freedOn->load() == QThread::currentThread(), !elsewhere);
-}
+};
 
 QTEST_GUILESS_MAIN(tst_BackgroundRelease)
 #include "tst_BackgroundRelease.moc"

@@ -89,183 +89,179 @@ class tst_ProgrammeGuide : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void readsGuideTimes_data();
-    void readsGuideTimes();
-    void findsTheGuidesAPlaylistNames_data();
-    void findsTheGuidesAPlaylistNames();
-    void keepsWhatTheListCanShow();
-    void keepsWhatCameBeforeAFault_data();
-    void keepsWhatCameBeforeAFault();
-    void readsCompressedGuides_data();
-    void readsCompressedGuides();
+    void readsGuideTimes_data()
+    {
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<qint64>("expected"); // 0: no time
+
+        QTest::newRow("offset east") << "20261123193000 +0100"_ba << utc("2026-11-23T18:30:00Z");
+        QTest::newRow("offset west, half hour")
+            << "20261123193000 -0530"_ba << utc("2026-11-24T01:00:00Z");
+        QTest::newRow("no offset is UTC") << "20261123193000"_ba << utc("2026-11-23T19:30:00Z");
+        QTest::newRow("Z") << "20261123193000 Z"_ba << utc("2026-11-23T19:30:00Z");
+        QTest::newRow("no space, colon")
+            << "20261123193000+01:00"_ba << utc("2026-11-23T18:30:00Z");
+        QTest::newRow("no seconds") << "202611231930 +0000"_ba << utc("2026-11-23T19:30:00Z");
+        QTest::newRow("date only") << "20261123"_ba << utc("2026-11-23T00:00:00Z");
+        QTest::newRow("into the next year")
+            << "20261231233000 -0100"_ba << utc("2027-01-01T00:30:00Z");
+        QTest::newRow("29 February") << "20280229120000 +0000"_ba << utc("2028-02-29T12:00:00Z");
+        // The night European clocks go forward: 01:30 CET and 03:30 CEST are an hour apart.
+        QTest::newRow("before summer time")
+            << "20260329013000 +0100"_ba << utc("2026-03-29T00:30:00Z");
+        QTest::newRow("after summer time")
+            << "20260329033000 +0200"_ba << utc("2026-03-29T01:30:00Z");
+        for (const char *wrong :
+             {"", "2026-11-23 19:30", "20261323193000 +0000", "20261123253000", "20260230120000",
+              "2026112319300 +0000", "abcd1123193000", "20261123193000 +2500", "20261123193000 CET",
+              "20261123193000 +01"})
+            QTest::addRow("wrong: \"%s\"", wrong) << QByteArray(wrong) << qint64(0);
+    }
+
+    void readsGuideTimes()
+    {
+        QFETCH(QByteArray, text);
+        QFETCH(qint64, expected);
+        QCOMPARE(XmltvTime::parse(text).value_or(0), expected);
+    }
+
+    void findsTheGuidesAPlaylistNames_data()
+    {
+        QTest::addColumn<QByteArray>("playlist");
+        QTest::addColumn<QStringList>("expected");
+
+        QTest::newRow("a list, as public lists write it")
+            << "#EXTM3U x-tvg-url=\"https://a/guide.xml.gz, https://b/epg.xml\"\n#EXTINF:-1,A\nhttp://a/1\n"_ba
+            << QStringList{u"https://a/guide.xml.gz"_s, u"https://b/epg.xml"_s};
+        QTest::newRow("the other spelling, and both, in the order written")
+            << "#EXTM3U url-tvg=\"https://b/epg.xml\" tvg-shift=\"0\" X-TVG-URL=\"https://a/g.xml\"\n"_ba
+            << QStringList{u"https://b/epg.xml"_s, u"https://a/g.xml"_s};
+        QTest::newRow("relative, resolved like channel lines")
+            << "#EXTM3U x-tvg-url=\"guide.xml,../epg/all.xml.gz\"\r\n"_ba
+            << QStringList{u"http://lists.example/tv/guide.xml"_s,
+                           u"http://lists.example/epg/all.xml.gz"_s};
+        QTest::newRow("each once, blanks and bad ones left out")
+            << "\xEF\xBB\xBF\n#EXTM3U x-tvg-url=\"https://a/g.xml, ,https://a/g.xml,http://bad host/\"\n"_ba
+            << QStringList{u"https://a/g.xml"_s};
+        QTest::newRow("a longer name that ends the same")
+            << "#EXTM3U my-x-tvg-url=\"https://a/g.xml\"\n"_ba << QStringList{};
+        QTest::newRow("no closing quote")
+            << "#EXTM3U x-tvg-url=\"https://a/g.xml\n"_ba << QStringList{};
+        QTest::newRow("not in the header")
+            << "#EXTINF:-1 x-tvg-url=\"https://a/g.xml\",A\nhttp://a/1\n"_ba << QStringList{};
+    }
+
+    void findsTheGuidesAPlaylistNames()
+    {
+        QFETCH(QByteArray, playlist);
+        QFETCH(QStringList, expected);
+        const WebAddress base = *WebAddress::fromText(u"http://lists.example/tv/list.m3u"_s);
+        QStringList found;
+        for (const WebAddress &address : GuideAddresses::fromPlaylist(playlist, base))
+            found.append(address.text());
+        QCOMPARE(found, expected);
+    }
+
+    void keepsWhatTheListCanShow()
+    {
+        const GuideReader::Result result =
+            read(guide, {{u"BBC1.UK"_s, {}, u"BBC One HD"_s},
+                         {{}, u"ARTE HD"_s, u"Arte Deutschland"_s},
+                         {{}, {}, u"rai 1"_s},
+                         {u"undeclared.fr"_s, {}, u"Undeclared FR"_s},
+                         // An id the guide does not know: the name decides.
+                         {u"missing.id"_s, {}, u"Somewhere Else"_s},
+                         // An id the guide knows: the name that another guide channel has does not
+                         // count.
+                         {u"rai1.it"_s, {}, u"Somewhere Else"_s},
+                         {u"nothing"_s, {}, u"Not In The Guide"_s}});
+        QVERIFY(result.complete);
+        QCOMPARE(result.programmes.size(), 7);
+        QCOMPARE(titles(result.programmes[0]), QStringList({u"News"_s, u"Across Midnight"_s}));
+        const GuideProgramme &news = result.programmes[0][0];
+        QCOMPARE(news.subTitle, u"Evening"_s);
+        QCOMPARE(news.description, u"What happened."_s);
+        QCOMPARE(news.category, u"News"_s);
+        QVERIFY(news.isOnAt(now));
+        QCOMPARE(result.programmes[0][1].stop, utc("2026-11-24T01:00:00Z"));
+        // Without a stop a programme runs to the next one; the last one has no known end.
+        QCOMPARE(titles(result.programmes[1]), QStringList({u"Open End"_s, u"Documentary"_s}));
+        QCOMPARE(result.programmes[1][0].stop, utc("2026-11-23T19:00:00Z"));
+        QCOMPARE(titles(result.programmes[2]), QStringList({u"Rai By Name"_s}));
+        QCOMPARE(titles(result.programmes[3]), QStringList({u"Undeclared"_s}));
+        QCOMPARE(titles(result.programmes[4]), QStringList({u"Elsewhere"_s}));
+        QCOMPARE(titles(result.programmes[5]), QStringList({u"Rai By Name"_s}));
+        QVERIFY(result.programmes[6].isEmpty());
+    }
+
+    void keepsWhatCameBeforeAFault_data()
+    {
+        QTest::addColumn<QByteArray>("xml");
+        QTest::addColumn<QStringList>("kept");
+        QTest::addColumn<bool>("complete");
+
+        const QByteArray start = guide.left(guide.indexOf("<programme start=\"20261123190000"));
+        QTest::newRow("cut short")
+            << start + "<programme start=\"2026" << QStringList{u"News"_s} << false;
+        QTest::newRow("malformed further on")
+            << start + "<programme channel=\"bbc1.uk\" start=\"20261123190000\" <title>" +
+                   guide.sliced(guide.indexOf("<programme start=\"20261123190000"))
+            << QStringList{u"News"_s} << false;
+        QTest::newRow("a description of pages, cut")
+            << start +
+                   "<programme start=\"20261123190000 +0000\" stop=\"20261123200000 +0000\" "
+                   "channel=\"bbc1.uk\"><title>Long</title><desc>" +
+                   QByteArray(5000, 'x') + "</desc></programme></tv>"
+            << QStringList{u"News"_s, u"Long"_s} << true;
+        QTest::newRow("not a guide")
+            << "<html><body>Not found</body></html>"_ba << QStringList{} << true;
+        QTest::newRow("not XML") << "\x1f\x8b\x08\x00 binary"_ba << QStringList{} << false;
+    }
+
+    void keepsWhatCameBeforeAFault()
+    {
+        QFETCH(QByteArray, xml);
+        QFETCH(QStringList, kept);
+        QFETCH(bool, complete);
+        const GuideReader::Result result = read(xml, {{u"bbc1.uk"_s, {}, {}}});
+        QCOMPARE(result.complete, complete);
+        QCOMPARE(result.error.isEmpty(), complete);
+        QCOMPARE(titles(result.programmes.value(0)), kept);
+        for (const GuideProgramme &programme : result.programmes.value(0))
+            QVERIFY(programme.description.size() <= GuideReader::maxDescriptionLength);
+    }
+
+    void readsCompressedGuides_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<int>("kept");
+        QTest::addColumn<bool>("complete");
+
+        const QByteArray whole = gzipped(guide);
+        QTest::newRow("plain") << guide << 2 << true;
+        QTest::newRow("gzip") << whole << 2 << true;
+        const qsizetype half = guide.indexOf("<programme start=\"20261123190000");
+        QTest::newRow("two gzip members")
+            << gzipped(guide.left(half)) + gzipped(guide.sliced(half)) << 2 << true;
+        QTest::newRow("gzip, padded with zeros") << whole + QByteArray(512, '\0') << 2 << true;
+        QTest::newRow("gzip, cut short")
+            << gzipped(guide.left(half)) + gzipped(guide.sliced(half)).left(40) << 1 << false;
+        // A few kilobytes that would inflate past the limit: stopped there.
+        QTest::newRow("inflates too far")
+            << gzipped(guide.left(half) + QByteArray(8 << 20, ' ') + guide.sliced(half)) << 1
+            << false;
+    }
+
+    void readsCompressedGuides()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(int, kept);
+        QFETCH(bool, complete);
+        const GuideReader::Result result = read(bytes, {{u"bbc1.uk"_s, {}, {}}});
+        QCOMPARE(result.programmes.value(0).size(), kept);
+        QCOMPARE(result.complete, complete);
+    }
 };
-
-void tst_ProgrammeGuide::readsGuideTimes_data()
-{
-    QTest::addColumn<QByteArray>("text");
-    QTest::addColumn<qint64>("expected"); // 0: no time
-
-    QTest::newRow("offset east") << "20261123193000 +0100"_ba << utc("2026-11-23T18:30:00Z");
-    QTest::newRow("offset west, half hour")
-        << "20261123193000 -0530"_ba << utc("2026-11-24T01:00:00Z");
-    QTest::newRow("no offset is UTC") << "20261123193000"_ba << utc("2026-11-23T19:30:00Z");
-    QTest::newRow("Z") << "20261123193000 Z"_ba << utc("2026-11-23T19:30:00Z");
-    QTest::newRow("no space, colon") << "20261123193000+01:00"_ba << utc("2026-11-23T18:30:00Z");
-    QTest::newRow("no seconds") << "202611231930 +0000"_ba << utc("2026-11-23T19:30:00Z");
-    QTest::newRow("date only") << "20261123"_ba << utc("2026-11-23T00:00:00Z");
-    QTest::newRow("into the next year") << "20261231233000 -0100"_ba << utc("2027-01-01T00:30:00Z");
-    QTest::newRow("29 February") << "20280229120000 +0000"_ba << utc("2028-02-29T12:00:00Z");
-    // The night European clocks go forward: 01:30 CET and 03:30 CEST are an hour apart.
-    QTest::newRow("before summer time") << "20260329013000 +0100"_ba << utc("2026-03-29T00:30:00Z");
-    QTest::newRow("after summer time") << "20260329033000 +0200"_ba << utc("2026-03-29T01:30:00Z");
-    for (const char *wrong : {"", "2026-11-23 19:30", "20261323193000 +0000", "20261123253000",
-                              "20260230120000", "2026112319300 +0000", "abcd1123193000",
-                              "20261123193000 +2500", "20261123193000 CET", "20261123193000 +01"})
-        QTest::addRow("wrong: \"%s\"", wrong) << QByteArray(wrong) << qint64(0);
-}
-
-void tst_ProgrammeGuide::readsGuideTimes()
-{
-    QFETCH(QByteArray, text);
-    QFETCH(qint64, expected);
-    QCOMPARE(XmltvTime::parse(text).value_or(0), expected);
-}
-
-void tst_ProgrammeGuide::findsTheGuidesAPlaylistNames_data()
-{
-    QTest::addColumn<QByteArray>("playlist");
-    QTest::addColumn<QStringList>("expected");
-
-    QTest::newRow("a list, as public lists write it")
-        << "#EXTM3U x-tvg-url=\"https://a/guide.xml.gz, https://b/epg.xml\"\n#EXTINF:-1,A\nhttp://a/1\n"_ba
-        << QStringList{u"https://a/guide.xml.gz"_s, u"https://b/epg.xml"_s};
-    QTest::newRow("the other spelling, and both, in the order written")
-        << "#EXTM3U url-tvg=\"https://b/epg.xml\" tvg-shift=\"0\" X-TVG-URL=\"https://a/g.xml\"\n"_ba
-        << QStringList{u"https://b/epg.xml"_s, u"https://a/g.xml"_s};
-    QTest::newRow("relative, resolved like channel lines")
-        << "#EXTM3U x-tvg-url=\"guide.xml,../epg/all.xml.gz\"\r\n"_ba
-        << QStringList{u"http://lists.example/tv/guide.xml"_s,
-                       u"http://lists.example/epg/all.xml.gz"_s};
-    QTest::newRow("each once, blanks and bad ones left out")
-        << "\xEF\xBB\xBF\n#EXTM3U x-tvg-url=\"https://a/g.xml, ,https://a/g.xml,http://bad host/\"\n"_ba
-        << QStringList{u"https://a/g.xml"_s};
-    QTest::newRow("a longer name that ends the same")
-        << "#EXTM3U my-x-tvg-url=\"https://a/g.xml\"\n"_ba << QStringList{};
-    QTest::newRow("no closing quote")
-        << "#EXTM3U x-tvg-url=\"https://a/g.xml\n"_ba << QStringList{};
-    QTest::newRow("not in the header")
-        << "#EXTINF:-1 x-tvg-url=\"https://a/g.xml\",A\nhttp://a/1\n"_ba << QStringList{};
-}
-
-void tst_ProgrammeGuide::findsTheGuidesAPlaylistNames()
-{
-    QFETCH(QByteArray, playlist);
-    QFETCH(QStringList, expected);
-    const WebAddress base = *WebAddress::fromText(u"http://lists.example/tv/list.m3u"_s);
-    QStringList found;
-    for (const WebAddress &address : GuideAddresses::fromPlaylist(playlist, base))
-        found.append(address.text());
-    QCOMPARE(found, expected);
-}
-
-void tst_ProgrammeGuide::keepsWhatTheListCanShow()
-{
-    const GuideReader::Result result =
-        read(guide, {{u"BBC1.UK"_s, {}, u"BBC One HD"_s},
-                     {{}, u"ARTE HD"_s, u"Arte Deutschland"_s},
-                     {{}, {}, u"rai 1"_s},
-                     {u"undeclared.fr"_s, {}, u"Undeclared FR"_s},
-                     // An id the guide does not know: the name decides.
-                     {u"missing.id"_s, {}, u"Somewhere Else"_s},
-                     // An id the guide knows: the name that another guide channel has does not
-                     // count.
-                     {u"rai1.it"_s, {}, u"Somewhere Else"_s},
-                     {u"nothing"_s, {}, u"Not In The Guide"_s}});
-    QVERIFY(result.complete);
-    QCOMPARE(result.programmes.size(), 7);
-    QCOMPARE(titles(result.programmes[0]), QStringList({u"News"_s, u"Across Midnight"_s}));
-    const GuideProgramme &news = result.programmes[0][0];
-    QCOMPARE(news.subTitle, u"Evening"_s);
-    QCOMPARE(news.description, u"What happened."_s);
-    QCOMPARE(news.category, u"News"_s);
-    QVERIFY(news.isOnAt(now));
-    QCOMPARE(result.programmes[0][1].stop, utc("2026-11-24T01:00:00Z"));
-    // Without a stop a programme runs to the next one; the last one has no known end.
-    QCOMPARE(titles(result.programmes[1]), QStringList({u"Open End"_s, u"Documentary"_s}));
-    QCOMPARE(result.programmes[1][0].stop, utc("2026-11-23T19:00:00Z"));
-    QCOMPARE(titles(result.programmes[2]), QStringList({u"Rai By Name"_s}));
-    QCOMPARE(titles(result.programmes[3]), QStringList({u"Undeclared"_s}));
-    QCOMPARE(titles(result.programmes[4]), QStringList({u"Elsewhere"_s}));
-    QCOMPARE(titles(result.programmes[5]), QStringList({u"Rai By Name"_s}));
-    QVERIFY(result.programmes[6].isEmpty());
-}
-
-void tst_ProgrammeGuide::keepsWhatCameBeforeAFault_data()
-{
-    QTest::addColumn<QByteArray>("xml");
-    QTest::addColumn<QStringList>("kept");
-    QTest::addColumn<bool>("complete");
-
-    const QByteArray start = guide.left(guide.indexOf("<programme start=\"20261123190000"));
-    QTest::newRow("cut short") << start + "<programme start=\"2026" << QStringList{u"News"_s}
-                               << false;
-    QTest::newRow("malformed further on")
-        << start + "<programme channel=\"bbc1.uk\" start=\"20261123190000\" <title>" +
-               guide.sliced(guide.indexOf("<programme start=\"20261123190000"))
-        << QStringList{u"News"_s} << false;
-    QTest::newRow("a description of pages, cut")
-        << start +
-               "<programme start=\"20261123190000 +0000\" stop=\"20261123200000 +0000\" "
-               "channel=\"bbc1.uk\"><title>Long</title><desc>" +
-               QByteArray(5000, 'x') + "</desc></programme></tv>"
-        << QStringList{u"News"_s, u"Long"_s} << true;
-    QTest::newRow("not a guide") << "<html><body>Not found</body></html>"_ba << QStringList{}
-                                 << true;
-    QTest::newRow("not XML") << "\x1f\x8b\x08\x00 binary"_ba << QStringList{} << false;
-}
-
-void tst_ProgrammeGuide::keepsWhatCameBeforeAFault()
-{
-    QFETCH(QByteArray, xml);
-    QFETCH(QStringList, kept);
-    QFETCH(bool, complete);
-    const GuideReader::Result result = read(xml, {{u"bbc1.uk"_s, {}, {}}});
-    QCOMPARE(result.complete, complete);
-    QCOMPARE(result.error.isEmpty(), complete);
-    QCOMPARE(titles(result.programmes.value(0)), kept);
-    for (const GuideProgramme &programme : result.programmes.value(0))
-        QVERIFY(programme.description.size() <= GuideReader::maxDescriptionLength);
-}
-
-void tst_ProgrammeGuide::readsCompressedGuides_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<int>("kept");
-    QTest::addColumn<bool>("complete");
-
-    const QByteArray whole = gzipped(guide);
-    QTest::newRow("plain") << guide << 2 << true;
-    QTest::newRow("gzip") << whole << 2 << true;
-    const qsizetype half = guide.indexOf("<programme start=\"20261123190000");
-    QTest::newRow("two gzip members")
-        << gzipped(guide.left(half)) + gzipped(guide.sliced(half)) << 2 << true;
-    QTest::newRow("gzip, padded with zeros") << whole + QByteArray(512, '\0') << 2 << true;
-    QTest::newRow("gzip, cut short")
-        << gzipped(guide.left(half)) + gzipped(guide.sliced(half)).left(40) << 1 << false;
-    // A few kilobytes that would inflate past the limit: stopped there.
-    QTest::newRow("inflates too far")
-        << gzipped(guide.left(half) + QByteArray(8 << 20, ' ') + guide.sliced(half)) << 1 << false;
-}
-
-void tst_ProgrammeGuide::readsCompressedGuides()
-{
-    QFETCH(QByteArray, bytes);
-    QFETCH(int, kept);
-    QFETCH(bool, complete);
-    const GuideReader::Result result = read(bytes, {{u"bbc1.uk"_s, {}, {}}});
-    QCOMPARE(result.programmes.value(0).size(), kept);
-    QCOMPARE(result.complete, complete);
-}
 
 QTEST_APPLESS_MAIN(tst_ProgrammeGuide)
 #include "tst_ProgrammeGuide.moc"

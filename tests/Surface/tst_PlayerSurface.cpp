@@ -108,19 +108,235 @@ class tst_PlayerSurface : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
-    void modesPlaceThePicture_data();
-    void modesPlaceThePicture();
-    void modesKeepThePictureUpright_data();
-    void modesKeepThePictureUpright();
-    void boxShowsThePictureTheGeometryPlaces_data();
-    void boxShowsThePictureTheGeometryPlaces();
-    void mouseOnThePicture();
-    void nothingIsDrawnWhileNothingChanges();
-    void surfaceShowsOnePlayerAndThePrompt();
-    void badgeShowsForLiveStreamsOnly_data();
-    void badgeShowsForLiveStreamsOnly();
+    void init()
+    {
+        m_screen = std::make_unique<TestSurface>();
+        m_model = &m_screen->player.model;
+        QVERIFY(QTest::qWaitForWindowExposed(&m_screen->surface));
+    }
+
+    void cleanup() { m_screen.reset(); }
+
+    void modesPlaceThePicture_data()
+    {
+        QTest::addColumn<Mode>("mode");
+        QTest::addColumn<double>("pan");
+        QTest::addColumn<QList<Probe>>("probes");
+
+        // The 9:16 box of a 640 × 360 view spans x 218.75 … 421.25.
+        const QList<Probe> outsideTheBox{{{100, 180}, 'k'}, {{540, 180}, 'k'}, {{212, 20}, 'k'}};
+        QTest::newRow("normal shows all three columns")
+            << Mode::normal << 0.0
+            << QList<Probe>{{{100, 180}, 'r'}, {{320, 180}, 'g'}, {{540, 180}, 'b'}};
+        QTest::newRow("fill shows the centre in the box")
+            << Mode::fill << 0.0
+            << outsideTheBox + QList<Probe>{{{225, 180}, 'g'}, {{320, 20}, 'g'}, {{415, 340}, 'g'}};
+        QTest::newRow("rotate turns the left column to the top")
+            << Mode::rotate << 0.0
+            << outsideTheBox + QList<Probe>{{{320, 30}, 'r'}, {{320, 180}, 'g'}, {{320, 330}, 'b'}};
+        QTest::newRow("manual pan 1 shows the left column")
+            << Mode::manual << 1.0
+            << outsideTheBox + QList<Probe>{{{230, 180}, 'r'}, {{400, 180}, 'r'}};
+        QTest::newRow("manual pan -1 shows the right column")
+            << Mode::manual << -1.0
+            << outsideTheBox + QList<Probe>{{{240, 180}, 'b'}, {{410, 180}, 'b'}};
+    }
+
+    void modesPlaceThePicture()
+    {
+        QFETCH(Mode, mode);
+        QFETCH(double, pan);
+        QFETCH(QList<Probe>, probes);
+
+        showPausedClip();
+        PlayerHostingView *view = hostingView();
+        QCOMPARE(mismatches(view->grabFramebuffer(), {{{100, 180}, 'r'}}), QString());
+
+        // The paused picture is drawn again in the new geometry, and again after a pan.
+        m_screen->surface.setPortraitMode(mode);
+        if (pan != 0)
+            QTRY_COMPARE(mismatches(view->grabFramebuffer(), {{{320, 180}, 'g'}}), QString());
+        view->setHorizontalPan(pan);
+        QTRY_COMPARE(mismatches(view->grabFramebuffer(), probes), QString());
+
+        const QRect recorded = view->recordingRectInView();
+        QCOMPARE(recorded, mode == Mode::normal ? view->rect() : QRect(219, 0, 202, 360));
+    }
+
+    void modesKeepThePictureUpright_data()
+    {
+        // The clip's white band along its top edge, and the red/green/blue below it.
+        QTest::addColumn<Mode>("mode");
+        QTest::addColumn<QList<Probe>>("probes");
+        QTest::newRow("normal") << Mode::normal
+                                << QList<Probe>{
+                                       {{320, 20}, 'w'}, {{320, 340}, 'g'}, {{100, 180}, 'r'}};
+        QTest::newRow("fill") << Mode::fill << QList<Probe>{{{320, 12}, 'w'}, {{320, 340}, 'g'}};
+        QTest::newRow("manual") << Mode::manual
+                                << QList<Probe>{{{320, 12}, 'w'}, {{320, 340}, 'g'}};
+        QTest::newRow("smart") << Mode::smart << QList<Probe>{{{320, 12}, 'w'}, {{320, 340}, 'g'}};
+        // Turned a quarter clockwise: the left column on top, the top band on the right.
+        QTest::newRow("rotate") << Mode::rotate
+                                << QList<Probe>{
+                                       {{416, 180}, 'w'}, {{226, 180}, 'g'}, {{320, 30}, 'r'}};
+    }
+
+    void modesKeepThePictureUpright()
+    {
+        QFETCH(Mode, mode);
+        QFETCH(QList<Probe>, probes);
+        showPausedClip(QStringLiteral("columns-top.mp4"));
+        m_screen->surface.setPortraitMode(mode);
+        QTRY_COMPARE(mismatches(hostingView()->grabFramebuffer(), probes), QString());
+    }
+
+    void boxShowsThePictureTheGeometryPlaces_data()
+    {
+        QTest::addColumn<Mode>("mode");
+        QTest::addColumn<double>("pan");
+        QTest::newRow("fill") << Mode::fill << 0.0;
+        QTest::newRow("manual, centred") << Mode::manual << 0.0;
+        QTest::newRow("manual, a little left") << Mode::manual << 0.37;
+        QTest::newRow("manual, right edge") << Mode::manual << -1.0;
+    }
+
+    void boxShowsThePictureTheGeometryPlaces()
+    {
+        // The box modes draw only what the box shows. Every pixel of the box must be the pixel of
+        // the whole picture that the geometry puts there: the normal mode shows that picture whole
+        // (a 16:9 clip fills the 16:9 view), and the box is compared with it point by point.
+        QFETCH(Mode, mode);
+        QFETCH(double, pan);
+        showPausedClip(QStringLiteral("detail.mp4"));
+        PlayerHostingView *view = hostingView();
+        const QImage whole = view->grabFramebuffer();
+        m_screen->surface.setPortraitMode(mode);
+        view->setHorizontalPan(pan);
+        const PlayerLayerLayout layout = PlayerLayerGeometry::layout(
+            mode, QSizeF(view->size()), QSizeF(m_model->engine().videoSize()), pan);
+        const auto corners = PlayerLayerGeometry::pictureCorners(layout, 16.0 / 9.0);
+        const QRectF picture(corners[0], corners[2]);
+        // Where each half of the box matches the whole picture best, as a shift in whole pixels: 0
+        // for both halves when the picture sits where the geometry puts it at the right size.
+        const auto bestShift = [&](const QImage &shown, const QRectF &part) {
+            int best = 0;
+            double least = 255;
+            for (int dx = -4; dx <= 4; ++dx) {
+                const double difference =
+                    meanDifference(shown, whole, part, picture.translated(dx, 0));
+                if (difference < least) {
+                    least = difference;
+                    best = dx;
+                }
+            }
+            return best;
+        };
+        const QRectF box = layout.cropRect;
+        const QRectF left(box.topLeft(), QSizeF(box.width() / 2, box.height()));
+        const QRectF right = left.translated(box.width() / 2, 0);
+        QTRY_VERIFY(meanDifference(view->grabFramebuffer(), whole, box, picture) < 6);
+        const QImage shown = view->grabFramebuffer();
+        QCOMPARE(bestShift(shown, left), 0);
+        QCOMPARE(bestShift(shown, right), 0);
+    }
+
+    void mouseOnThePicture()
+    {
+        showPausedClip();
+        m_screen->surface.setPortraitMode(Mode::fill);
+        m_screen->surface.setPortraitMode(Mode::manual);
+        PlayerHostingView *view = hostingView();
+        QSignalSpy clicked(&m_screen->views.notifier, &AppNotifier::playerSurfaceClicked);
+        // 35% of 640 px to the right takes the pan from 0 to 1, and no further.
+        QTest::mousePress(view, Qt::LeftButton, {}, QPoint(100, 180));
+        QTest::mouseMove(view, QPoint(212, 180));
+        QCOMPARE(view->horizontalPan(), 0.5);
+        QTest::mouseMove(view, QPoint(600, 180));
+        QCOMPARE(view->horizontalPan(), 1.0);
+        QTest::mouseRelease(view, Qt::LeftButton, {}, QPoint(600, 180));
+        QCOMPARE(clicked.count(), 1);
+        QCOMPARE(clicked.first().first().value<QObject *>(), m_screen->surface.windowHandle());
+        QTRY_COMPARE(mismatches(view->grabFramebuffer(), {{{300, 180}, 'r'}}), QString());
+
+        // The framing survives smart mode and back.
+        m_screen->surface.setPortraitMode(Mode::smart);
+        m_screen->surface.setPortraitMode(Mode::manual);
+        QCOMPARE(view->horizontalPan(), 1.0);
+
+        // As the window system delivers a double click: a click like any other, then the
+        // double-click press, which only toggles full screen. Without a window manager the X server
+        // never confirms full screen, so what can be seen is the state asked of the window.
+        StateRecorder states(&m_screen->surface);
+        QTest::mouseClick(view, Qt::LeftButton, {}, QPoint(320, 180));
+        QTest::mouseDClick(view, Qt::LeftButton, {}, QPoint(320, 180));
+        QCOMPARE(clicked.count(), 2);
+        QCOMPARE(view->horizontalPan(), 1.0);
+        QVERIFY(!states.asked.isEmpty());
+        QVERIFY(states.asked.first() & Qt::WindowFullScreen);
+
+        m_screen->surface.setPortraitMode(Mode::fill); // fill starts centred again
+        QCOMPARE(view->horizontalPan(), 0.0);
+    }
+
+    void nothingIsDrawnWhileNothingChanges()
+    {
+        showPausedClip();
+        PlayerHostingView *view = hostingView();
+        QSignalSpy swapped(view, &QOpenGLWidget::frameSwapped);
+        // The frames of the seek may still be arriving on a busy machine: wait for a calm moment.
+        for (int tries = 0; tries < 10; ++tries) {
+            swapped.clear();
+            if (!swapped.wait(400))
+                break;
+        }
+        swapped.clear();
+        QTest::qWait(700);
+        QCOMPARE(swapped.count(), 0);
+        m_model->togglePlayback();
+        QTRY_VERIFY(swapped.count() >= 5);
+    }
+
+    void surfaceShowsOnePlayerAndThePrompt()
+    {
+        QVERIFY(qobject_cast<PlayerLayerView *>(m_screen->surface.currentPlayer()));
+        QVERIFY(m_screen->surface.isPromptShown());
+        QCOMPARE(m_screen->views.surfaces.view(), hostingView());
+
+        m_model->openRemote(u"https://www.youtube.com/watch?v=abc", std::nullopt);
+        QTRY_VERIFY(qobject_cast<YouTubePlayerView *>(m_screen->surface.currentPlayer()));
+        QVERIFY(!m_screen->surface.isPromptShown());
+        QVERIFY(m_screen->views.surfaces.view() != nullptr);
+        QVERIFY(!qobject_cast<PlayerLayerView *>(m_screen->surface.currentPlayer()));
+
+        // Back to the engine: a new picture, which plays.
+        showPausedClip();
+        QVERIFY(!m_screen->surface.isPromptShown());
+        QCOMPARE(m_screen->views.surfaces.view(), hostingView());
+        m_model->stop();
+        QVERIFY(m_screen->surface.isPromptShown());
+    }
+
+    void badgeShowsForLiveStreamsOnly_data()
+    {
+        QTest::addColumn<bool>("live");
+        QTest::newRow("live stream") << true;
+        QTest::newRow("media on demand") << false;
+    }
+
+    void badgeShowsForLiveStreamsOnly()
+    {
+        QFETCH(bool, live);
+        TestHttpServer server;
+        TestHttpReply silent;
+        silent.neverAnswer = true;
+        server.route("/stream.m3u8", silent);
+        m_model->play(*WebAddress::fromText(server.url(QStringLiteral("/stream.m3u8"))), {}, live);
+        QTRY_VERIFY(m_model->isBuffering() == live);
+        QTest::qWait(600); // past the indicator's delay
+        QCOMPARE(m_screen->surface.isBufferingBadgeShown(), live);
+        m_model->stop();
+        QVERIFY(!m_screen->surface.isBufferingBadgeShown());
+    }
 
 private:
     // The clip on screen, paused 1 s in, so every grab sees the same frame.
@@ -130,18 +346,6 @@ private:
     std::unique_ptr<TestSurface> m_screen;
     PlayerModel *m_model = nullptr;
 };
-
-void tst_PlayerSurface::init()
-{
-    m_screen = std::make_unique<TestSurface>();
-    m_model = &m_screen->player.model;
-    QVERIFY(QTest::qWaitForWindowExposed(&m_screen->surface));
-}
-
-void tst_PlayerSurface::cleanup()
-{
-    m_screen.reset();
-}
 
 PlayerHostingView *tst_PlayerSurface::hostingView() const
 {
@@ -161,223 +365,6 @@ void tst_PlayerSurface::showPausedClip(const QString &name)
         QTRY_COMPARE(colourOf(hostingView()->grabFramebuffer().pixel(320, 180)), 'g');
     else
         QTRY_VERIFY(colourOf(hostingView()->grabFramebuffer().pixel(320, 180)) != 'k');
-}
-
-void tst_PlayerSurface::modesPlaceThePicture_data()
-{
-    QTest::addColumn<Mode>("mode");
-    QTest::addColumn<double>("pan");
-    QTest::addColumn<QList<Probe>>("probes");
-
-    // The 9:16 box of a 640 × 360 view spans x 218.75 … 421.25.
-    const QList<Probe> outsideTheBox{{{100, 180}, 'k'}, {{540, 180}, 'k'}, {{212, 20}, 'k'}};
-    QTest::newRow("normal shows all three columns")
-        << Mode::normal << 0.0
-        << QList<Probe>{{{100, 180}, 'r'}, {{320, 180}, 'g'}, {{540, 180}, 'b'}};
-    QTest::newRow("fill shows the centre in the box")
-        << Mode::fill << 0.0
-        << outsideTheBox + QList<Probe>{{{225, 180}, 'g'}, {{320, 20}, 'g'}, {{415, 340}, 'g'}};
-    QTest::newRow("rotate turns the left column to the top")
-        << Mode::rotate << 0.0
-        << outsideTheBox + QList<Probe>{{{320, 30}, 'r'}, {{320, 180}, 'g'}, {{320, 330}, 'b'}};
-    QTest::newRow("manual pan 1 shows the left column")
-        << Mode::manual << 1.0
-        << outsideTheBox + QList<Probe>{{{230, 180}, 'r'}, {{400, 180}, 'r'}};
-    QTest::newRow("manual pan -1 shows the right column")
-        << Mode::manual << -1.0
-        << outsideTheBox + QList<Probe>{{{240, 180}, 'b'}, {{410, 180}, 'b'}};
-}
-
-void tst_PlayerSurface::modesPlaceThePicture()
-{
-    QFETCH(Mode, mode);
-    QFETCH(double, pan);
-    QFETCH(QList<Probe>, probes);
-
-    showPausedClip();
-    PlayerHostingView *view = hostingView();
-    QCOMPARE(mismatches(view->grabFramebuffer(), {{{100, 180}, 'r'}}), QString());
-
-    // The paused picture is drawn again in the new geometry, and again after a pan.
-    m_screen->surface.setPortraitMode(mode);
-    if (pan != 0)
-        QTRY_COMPARE(mismatches(view->grabFramebuffer(), {{{320, 180}, 'g'}}), QString());
-    view->setHorizontalPan(pan);
-    QTRY_COMPARE(mismatches(view->grabFramebuffer(), probes), QString());
-
-    const QRect recorded = view->recordingRectInView();
-    QCOMPARE(recorded, mode == Mode::normal ? view->rect() : QRect(219, 0, 202, 360));
-}
-
-void tst_PlayerSurface::modesKeepThePictureUpright_data()
-{
-    // The clip's white band along its top edge, and the red/green/blue below it.
-    QTest::addColumn<Mode>("mode");
-    QTest::addColumn<QList<Probe>>("probes");
-    QTest::newRow("normal") << Mode::normal
-                            << QList<Probe>{{{320, 20}, 'w'}, {{320, 340}, 'g'}, {{100, 180}, 'r'}};
-    QTest::newRow("fill") << Mode::fill << QList<Probe>{{{320, 12}, 'w'}, {{320, 340}, 'g'}};
-    QTest::newRow("manual") << Mode::manual << QList<Probe>{{{320, 12}, 'w'}, {{320, 340}, 'g'}};
-    QTest::newRow("smart") << Mode::smart << QList<Probe>{{{320, 12}, 'w'}, {{320, 340}, 'g'}};
-    // Turned a quarter clockwise: the left column on top, the top band on the right.
-    QTest::newRow("rotate") << Mode::rotate
-                            << QList<Probe>{{{416, 180}, 'w'}, {{226, 180}, 'g'}, {{320, 30}, 'r'}};
-}
-
-void tst_PlayerSurface::modesKeepThePictureUpright()
-{
-    QFETCH(Mode, mode);
-    QFETCH(QList<Probe>, probes);
-    showPausedClip(QStringLiteral("columns-top.mp4"));
-    m_screen->surface.setPortraitMode(mode);
-    QTRY_COMPARE(mismatches(hostingView()->grabFramebuffer(), probes), QString());
-}
-
-void tst_PlayerSurface::boxShowsThePictureTheGeometryPlaces_data()
-{
-    QTest::addColumn<Mode>("mode");
-    QTest::addColumn<double>("pan");
-    QTest::newRow("fill") << Mode::fill << 0.0;
-    QTest::newRow("manual, centred") << Mode::manual << 0.0;
-    QTest::newRow("manual, a little left") << Mode::manual << 0.37;
-    QTest::newRow("manual, right edge") << Mode::manual << -1.0;
-}
-
-void tst_PlayerSurface::boxShowsThePictureTheGeometryPlaces()
-{
-    // The box modes draw only what the box shows. Every pixel of the box must be the pixel of
-    // the whole picture that the geometry puts there: the normal mode shows that picture whole
-    // (a 16:9 clip fills the 16:9 view), and the box is compared with it point by point.
-    QFETCH(Mode, mode);
-    QFETCH(double, pan);
-    showPausedClip(QStringLiteral("detail.mp4"));
-    PlayerHostingView *view = hostingView();
-    const QImage whole = view->grabFramebuffer();
-    m_screen->surface.setPortraitMode(mode);
-    view->setHorizontalPan(pan);
-    const PlayerLayerLayout layout = PlayerLayerGeometry::layout(
-        mode, QSizeF(view->size()), QSizeF(m_model->engine().videoSize()), pan);
-    const auto corners = PlayerLayerGeometry::pictureCorners(layout, 16.0 / 9.0);
-    const QRectF picture(corners[0], corners[2]);
-    // Where each half of the box matches the whole picture best, as a shift in whole pixels: 0
-    // for both halves when the picture sits where the geometry puts it at the right size.
-    const auto bestShift = [&](const QImage &shown, const QRectF &part) {
-        int best = 0;
-        double least = 255;
-        for (int dx = -4; dx <= 4; ++dx) {
-            const double difference = meanDifference(shown, whole, part, picture.translated(dx, 0));
-            if (difference < least) {
-                least = difference;
-                best = dx;
-            }
-        }
-        return best;
-    };
-    const QRectF box = layout.cropRect;
-    const QRectF left(box.topLeft(), QSizeF(box.width() / 2, box.height()));
-    const QRectF right = left.translated(box.width() / 2, 0);
-    QTRY_VERIFY(meanDifference(view->grabFramebuffer(), whole, box, picture) < 6);
-    const QImage shown = view->grabFramebuffer();
-    QCOMPARE(bestShift(shown, left), 0);
-    QCOMPARE(bestShift(shown, right), 0);
-}
-
-void tst_PlayerSurface::mouseOnThePicture()
-{
-    showPausedClip();
-    m_screen->surface.setPortraitMode(Mode::fill);
-    m_screen->surface.setPortraitMode(Mode::manual);
-    PlayerHostingView *view = hostingView();
-    QSignalSpy clicked(&m_screen->views.notifier, &AppNotifier::playerSurfaceClicked);
-    // 35% of 640 px to the right takes the pan from 0 to 1, and no further.
-    QTest::mousePress(view, Qt::LeftButton, {}, QPoint(100, 180));
-    QTest::mouseMove(view, QPoint(212, 180));
-    QCOMPARE(view->horizontalPan(), 0.5);
-    QTest::mouseMove(view, QPoint(600, 180));
-    QCOMPARE(view->horizontalPan(), 1.0);
-    QTest::mouseRelease(view, Qt::LeftButton, {}, QPoint(600, 180));
-    QCOMPARE(clicked.count(), 1);
-    QCOMPARE(clicked.first().first().value<QObject *>(), m_screen->surface.windowHandle());
-    QTRY_COMPARE(mismatches(view->grabFramebuffer(), {{{300, 180}, 'r'}}), QString());
-
-    // The framing survives smart mode and back.
-    m_screen->surface.setPortraitMode(Mode::smart);
-    m_screen->surface.setPortraitMode(Mode::manual);
-    QCOMPARE(view->horizontalPan(), 1.0);
-
-    // As the window system delivers a double click: a click like any other, then the
-    // double-click press, which only toggles full screen. Without a window manager the X server
-    // never confirms full screen, so what can be seen is the state asked of the window.
-    StateRecorder states(&m_screen->surface);
-    QTest::mouseClick(view, Qt::LeftButton, {}, QPoint(320, 180));
-    QTest::mouseDClick(view, Qt::LeftButton, {}, QPoint(320, 180));
-    QCOMPARE(clicked.count(), 2);
-    QCOMPARE(view->horizontalPan(), 1.0);
-    QVERIFY(!states.asked.isEmpty());
-    QVERIFY(states.asked.first() & Qt::WindowFullScreen);
-
-    m_screen->surface.setPortraitMode(Mode::fill); // fill starts centred again
-    QCOMPARE(view->horizontalPan(), 0.0);
-}
-
-void tst_PlayerSurface::nothingIsDrawnWhileNothingChanges()
-{
-    showPausedClip();
-    PlayerHostingView *view = hostingView();
-    QSignalSpy swapped(view, &QOpenGLWidget::frameSwapped);
-    // The frames of the seek may still be arriving on a busy machine: wait for a calm moment.
-    for (int tries = 0; tries < 10; ++tries) {
-        swapped.clear();
-        if (!swapped.wait(400))
-            break;
-    }
-    swapped.clear();
-    QTest::qWait(700);
-    QCOMPARE(swapped.count(), 0);
-    m_model->togglePlayback();
-    QTRY_VERIFY(swapped.count() >= 5);
-}
-
-void tst_PlayerSurface::surfaceShowsOnePlayerAndThePrompt()
-{
-    QVERIFY(qobject_cast<PlayerLayerView *>(m_screen->surface.currentPlayer()));
-    QVERIFY(m_screen->surface.isPromptShown());
-    QCOMPARE(m_screen->views.surfaces.view(), hostingView());
-
-    m_model->openRemote(u"https://www.youtube.com/watch?v=abc", std::nullopt);
-    QTRY_VERIFY(qobject_cast<YouTubePlayerView *>(m_screen->surface.currentPlayer()));
-    QVERIFY(!m_screen->surface.isPromptShown());
-    QVERIFY(m_screen->views.surfaces.view() != nullptr);
-    QVERIFY(!qobject_cast<PlayerLayerView *>(m_screen->surface.currentPlayer()));
-
-    // Back to the engine: a new picture, which plays.
-    showPausedClip();
-    QVERIFY(!m_screen->surface.isPromptShown());
-    QCOMPARE(m_screen->views.surfaces.view(), hostingView());
-    m_model->stop();
-    QVERIFY(m_screen->surface.isPromptShown());
-}
-
-void tst_PlayerSurface::badgeShowsForLiveStreamsOnly_data()
-{
-    QTest::addColumn<bool>("live");
-    QTest::newRow("live stream") << true;
-    QTest::newRow("media on demand") << false;
-}
-
-void tst_PlayerSurface::badgeShowsForLiveStreamsOnly()
-{
-    QFETCH(bool, live);
-    TestHttpServer server;
-    TestHttpReply silent;
-    silent.neverAnswer = true;
-    server.route("/stream.m3u8", silent);
-    m_model->play(*WebAddress::fromText(server.url(QStringLiteral("/stream.m3u8"))), {}, live);
-    QTRY_VERIFY(m_model->isBuffering() == live);
-    QTest::qWait(600); // past the indicator's delay
-    QCOMPARE(m_screen->surface.isBufferingBadgeShown(), live);
-    m_model->stop();
-    QVERIFY(!m_screen->surface.isBufferingBadgeShown());
 }
 
 int main(int argc, char **argv)

@@ -18,20 +18,20 @@
 // pictures as small RGB frames on a 30-a-second grid, and its sound as mono samples.
 namespace MediaProbe {
 
+using namespace Qt::StringLiterals;
+
 inline QJsonObject probe(const QString &path)
 {
     const ProcessResult result =
-        runProcess(QStringLiteral("ffprobe"),
-                   {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-show_streams"),
-                    QStringLiteral("-show_format"), QStringLiteral("-count_frames"),
-                    QStringLiteral("-of"), QStringLiteral("json"), path});
+        runProcess(u"ffprobe"_s, {u"-v"_s, u"error"_s, u"-show_streams"_s, u"-show_format"_s,
+                                  u"-count_frames"_s, u"-of"_s, u"json"_s, path});
     return QJsonDocument::fromJson(result.out).object();
 }
 
 inline QJsonObject stream(const QJsonObject &probed, const QString &type)
 {
-    for (const QJsonValue &value : probed.value(QStringLiteral("streams")).toArray()) {
-        if (value.toObject().value(QStringLiteral("codec_type")).toString() == type)
+    for (const QJsonValue &value : probed.value(u"streams"_s).toArray()) {
+        if (value.toObject().value(u"codec_type"_s).toString() == type)
             return value.toObject();
     }
     return {};
@@ -49,13 +49,10 @@ constexpr int frameBytes = frameWidth * frameHeight * 3;
 // Every picture scaled to 16 × 9, one per 1/30 s of the file's time line.
 inline std::vector<QByteArray> frames(const QString &path)
 {
-    const ProcessResult result =
-        runProcess(QStringLiteral("ffmpeg"),
-                   {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-i"), path,
-                    QStringLiteral("-vf"), QStringLiteral("scale=16:9:flags=area"),
-                    QStringLiteral("-fps_mode"), QStringLiteral("cfr"), QStringLiteral("-r"),
-                    QStringLiteral("30"), QStringLiteral("-pix_fmt"), QStringLiteral("rgb24"),
-                    QStringLiteral("-f"), QStringLiteral("rawvideo"), QStringLiteral("-")});
+    const ProcessResult result = runProcess(
+        u"ffmpeg"_s,
+        {u"-v"_s, u"error"_s, u"-i"_s, path, u"-vf"_s, u"scale=16:9:flags=area"_s, u"-fps_mode"_s,
+         u"cfr"_s, u"-r"_s, u"30"_s, u"-pix_fmt"_s, u"rgb24"_s, u"-f"_s, u"rawvideo"_s, u"-"_s});
     std::vector<QByteArray> pictures;
     for (qsizetype at = 0; at + frameBytes <= result.out.size(); at += frameBytes)
         pictures.push_back(result.out.mid(at, frameBytes));
@@ -86,11 +83,9 @@ inline bool near(const QColor &a, const QColor &b, int tolerance = 40)
 // The sound, mixed to mono, at 48 kHz.
 inline std::vector<std::int16_t> samples(const QString &path)
 {
-    const ProcessResult result = runProcess(
-        QStringLiteral("ffmpeg"),
-        {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-i"), path,
-         QStringLiteral("-ac"), QStringLiteral("1"), QStringLiteral("-ar"), QStringLiteral("48000"),
-         QStringLiteral("-f"), QStringLiteral("s16le"), QStringLiteral("-")});
+    const ProcessResult result =
+        runProcess(u"ffmpeg"_s, {u"-v"_s, u"error"_s, u"-i"_s, path, u"-ac"_s, u"1"_s, u"-ar"_s,
+                                 u"48000"_s, u"-f"_s, u"s16le"_s, u"-"_s});
     std::vector<std::int16_t> mono(size_t(result.out.size()) / 2);
     for (size_t i = 0; i < mono.size(); ++i)
         mono[i] = qFromLittleEndian<std::int16_t>(result.out.constData() + i * 2);
