@@ -1,15 +1,18 @@
 // Measures what a user waits for when a long playlist address is entered in the running
 // application, for bench/load-in-app:
-//   velm-bench-load FILE RUNS
-// serves FILE over HTTP on 127.0.0.1 from a thread of its own, then RUNS times types its address
-// into the window's address field and presses Return, and times each load from the key press to
-// the first paint of the channel list holding every channel. Meanwhile a 1 ms timer on the main
-// thread records the longest gap between its ticks: how long the window could not have answered.
-// The first load starts from an empty list; the others replace the list of the load before.
-// Prints one JSON line per load, then the longest gap while the idle window repaints its list
-// (what a frame of this window costs on this machine) and the process's peak resident memory.
+//   velm-bench-load FILE RUNS [GUIDE]
+// serves FILE (and GUIDE, set as the user's programme guide) over HTTP on 127.0.0.1 from a thread
+// of its own, then RUNS times types its address into the window's address field and presses Return,
+// and times each load from the key press to the first paint of the channel list holding every
+// channel. Meanwhile a 1 ms timer on the main thread records the longest gap between its ticks: how
+// long the window could not have answered. The first load starts from an empty list; the others
+// replace the list of the load before. With a guide, each load also waits for the guide to be read
+// (downloaded the first time, then from the cache) and the longest gap covers that too. Prints one
+// JSON line per load, then the longest gap while the idle window repaints its list (what a frame of
+// this window costs on this machine) and the process's peak resident memory.
 
 #include "App/AppSession.h"
+#include "Player/ProgrammeGuide.h"
 #include "Playlist/ChannelListModel.h"
 #include "UI/AddressField.h"
 #include "UI/ChannelListView.h"
@@ -35,7 +38,7 @@ namespace {
 
 int usage()
 {
-    std::fputs("usage: velm-bench-load FILE RUNS\n", stderr);
+    std::fputs("usage: velm-bench-load FILE RUNS [GUIDE]\n", stderr);
     return 2;
 }
 
@@ -57,16 +60,19 @@ double peakResidentMiB()
 class ServerThread
 {
 public:
-    explicit ServerThread(const QString &path)
+    ServerThread(const QString &path, const QString &guide)
     {
         m_anchor.moveToThread(&m_thread);
         m_thread.start();
         QMetaObject::invokeMethod(
             &m_anchor,
-            [this, path] {
+            [this, path, guide] {
                 m_server = std::make_unique<TestHttpServer>();
                 m_server->route("/list.m3u", TestHttpReply::file(path, "audio/x-mpegurl"));
                 m_url = m_server->url(QStringLiteral("/list.m3u"));
+                if (!guide.isEmpty())
+                    m_server->route("/guide", TestHttpReply::file(guide, "application/xml"));
+                m_guideURL = m_server->url(QStringLiteral("/guide"));
             },
             Qt::BlockingQueuedConnection);
     }
@@ -78,12 +84,14 @@ public:
         m_thread.wait();
     }
     const QString &url() const { return m_url; }
+    const QString &guideURL() const { return m_guideURL; }
 
 private:
     QThread m_thread;
     QObject m_anchor; // lives on the server's thread, so calls queued to it run there
     std::unique_ptr<TestHttpServer> m_server;
     QString m_url;
+    QString m_guideURL;
 };
 
 // The longest gap between ticks of a 1 ms timer on the main thread, since the last reset.
@@ -145,11 +153,16 @@ int main(int argc, char **argv)
     QApplication application(argc, argv);
     const QStringList arguments = application.arguments();
     const int runs = arguments.value(2).toInt();
-    if (arguments.size() != 3 || runs <= 0 || !QFile::exists(arguments.at(1)))
+    const QString guide = arguments.value(3);
+    if (arguments.size() < 3 || arguments.size() > 4 || runs <= 0 ||
+        !QFile::exists(arguments.at(1)) || (!guide.isEmpty() && !QFile::exists(guide)))
         return usage();
 
-    ServerThread server(arguments.at(1));
+    ServerThread server(arguments.at(1), guide);
     AppSession session;
+    ProgrammeGuide &programmeGuide = session.player().guide();
+    if (!guide.isEmpty())
+        programmeGuide.setAddressText(server.guideURL());
     session.show();
     ContentState &state = session.content().state();
     ChannelListModel &channels = state.networkChannels();
@@ -169,6 +182,19 @@ int main(int argc, char **argv)
     qsizetype listedAtSettle = 0;
     double settledMs = 0;
 
+    // From where the list was shown until the guide has been read, and half a second on.
+    const auto waitForGuide = [&] {
+        stalls.reset();
+        while (programmeGuide.status() == ProgrammeGuide::Status::loading)
+            QTest::qWait(5);
+        const double guideMs = double(sincePress.nsecsElapsed()) / 1e6;
+        QTest::qWait(500);
+        std::printf(",\"guideMs\":%.1f,\"guideStatus\":\"%s\",\"guideChannels\":%lld,"
+                    "\"guideStallMs\":%.2f",
+                    guideMs, qPrintable(programmeGuide.statusName()),
+                    static_cast<long long>(programmeGuide.schedule().channelCount()),
+                    stalls.longestMs());
+    };
     const auto startLoad = [&] {
         field->setFocus();
         field->setText(server.url());
@@ -194,9 +220,12 @@ int main(int argc, char **argv)
         // release, deferred deletions), before the longest stall is read.
         QTimer::singleShot(500, &application, [&, listedMs] {
             std::printf("{\"run\":%d,\"replacing\":%s,\"settledMs\":%.1f,\"listedMs\":%.1f,"
-                        "\"channels\":%lld,\"longestStallMs\":%.2f}\n",
+                        "\"channels\":%lld,\"longestStallMs\":%.2f",
                         run + 1, run > 0 ? "true" : "false", settledMs, listedMs,
                         static_cast<long long>(listedAtSettle), stalls.longestMs());
+            if (!guide.isEmpty())
+                waitForGuide();
+            std::printf("}\n");
             std::fflush(stdout);
             if (++run < runs) {
                 startLoad();

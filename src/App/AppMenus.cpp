@@ -3,6 +3,8 @@
 #include "App/AppTexts.h"
 #include "Player/PlayerModel.h"
 #include "Player/PlayerTiming.h"
+#include "Player/ProgrammeGuide.h"
+#include "UI/GuideAddressDialog.h"
 
 #include <QApplication>
 #include <QMenu>
@@ -23,6 +25,14 @@ void AppMenus::addFileMenu(QMenuBar &menuBar)
     QAction *open =
         file->addAction(AppTexts::openMedia.toString(), &m_model, [this] { m_model.openFile(); });
     open->setShortcut(QKeySequence::Open);
+    file->addSeparator();
+    file->addAction(AppTexts::guideAddress.toString(), &m_model, [this, &menuBar] {
+        auto *dialog = new GuideAddressDialog(m_model.guide(), menuBar.window());
+        dialog->setAttribute(Qt::WA_DeleteOnClose);
+        dialog->open();
+    });
+    file->addAction(AppTexts::refreshGuide.toString(), &m_model,
+                    [this] { m_model.guide().refresh(); });
     file->addSeparator();
     QAction *quit =
         file->addAction(AppTexts::quit.toString(), qApp, &QApplication::closeAllWindows);

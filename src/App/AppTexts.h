@@ -6,6 +6,8 @@
 namespace AppTexts {
 inline constexpr QStringView fileMenu = u"&File";
 inline constexpr QStringView openMedia = u"Open Media\u2026";
+inline constexpr QStringView guideAddress = u"Programme Guide Address\u2026";
+inline constexpr QStringView refreshGuide = u"Refresh Programme Guide";
 inline constexpr QStringView quit = u"&Quit";
 
 inline constexpr QStringView playbackMenu = u"Playback";

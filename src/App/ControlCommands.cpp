@@ -4,6 +4,7 @@
 #include "App/ControlValues.h"
 #include "App/WindowScreenshot.h"
 #include "Player/PlayerModel.h"
+#include "Player/ProgrammeGuide.h"
 #include "Playlist/ChannelListModel.h"
 #include "Playlist/PlaylistJson.h"
 #include "Playlist/PlaylistTexts.h"
@@ -12,6 +13,7 @@
 #include "UI/LocalM3UActions.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
 #include <QGuiApplication>
@@ -153,6 +155,14 @@ void ControlCommands::run(const QJsonArray &command, const Reply &reply)
         {u"filtered_count"_s, &ControlCommands::filteredCount},
         {u"screenshot"_s, &ControlCommands::screenshot},
         {u"playlist_entry"_s, &ControlCommands::playlistEntry},
+        {u"guide_now"_s,
+         [](ControlCommands &self, const QJsonArray &arguments, const Reply &respond) {
+             self.guideProgramme(arguments, respond, false);
+         }},
+        {u"guide_next"_s,
+         [](ControlCommands &self, const QJsonArray &arguments, const Reply &respond) {
+             self.guideProgramme(arguments, respond, true);
+         }},
         {u"play"_s, &ControlCommands::play},
         {u"openRemote"_s, &ControlCommands::openRemote},
         {u"stop"_s, action(&PlayerModel::stop)},
@@ -208,6 +218,12 @@ void ControlCommands::getProperty(const QJsonArray &arguments, const Reply &repl
             return;
         }
     }
+    const QMetaObject &guideMeta = ProgrammeGuide::staticMetaObject;
+    if (const int guideIndex = guideMeta.indexOfProperty(name.toLatin1().constData());
+        guideIndex >= guideMeta.propertyOffset()) {
+        reply({}, guideMeta.property(guideIndex).read(&m_model.guide()).toString());
+        return;
+    }
     if (std::optional<QJsonValue> value = ContentControlProperties(m_content).get(name)) {
         reply({}, *value);
         return;
@@ -228,6 +244,12 @@ void ControlCommands::setProperty(const QJsonArray &arguments, const Reply &repl
     if (arguments.size() != 2 || !arguments.at(0).isString())
         return reply(invalidParameter, {});
     const QString name = arguments.at(0).toString();
+    if (name == u"guideAddress") {
+        if (!arguments.at(1).isString() ||
+            !m_model.guide().setAddressText(arguments.at(1).toString()))
+            return reply(u"not an http, https or file address"_s, {});
+        return reply({}, {});
+    }
     if (!ContentControlProperties::isKnown(name))
         return reply(u"property not found or read-only: "_s + name, {});
     if (const std::optional<QString> refusal =
@@ -292,6 +314,25 @@ void ControlCommands::playlistEntry(const QJsonArray &arguments, const Reply &re
 {
     if (const PlaylistEntry *entry = playlistArgument(arguments, reply))
         reply({}, QJsonDocument::fromJson(PlaylistJson::encode(*entry)).object());
+}
+
+void ControlCommands::guideProgramme(const QJsonArray &arguments, const Reply &reply, bool next)
+{
+    const PlaylistEntry *entry = playlistArgument(arguments, reply);
+    if (!entry)
+        return;
+    const GuideSchedule &schedule = m_model.guide().schedule();
+    const qint64 time = ProgrammeGuide::now();
+    const std::optional<GuideProgramme> programme =
+        next ? schedule.nextAfter(entry->id, time) : schedule.onAt(entry->id, time);
+    if (!programme)
+        return reply({}, QJsonValue::Null);
+    const auto iso = [](qint64 at) {
+        return QDateTime::fromMSecsSinceEpoch(at).toUTC().toString(Qt::ISODate);
+    };
+    reply({}, QJsonObject{{u"title"_s, programme->title},
+                          {u"start"_s, iso(programme->start)},
+                          {u"stop"_s, iso(programme->stop)}});
 }
 
 void ControlCommands::play(const QJsonArray &arguments, const Reply &reply)

@@ -45,6 +45,8 @@ private:
     // error is replied and nothing is returned.
     const PlaylistEntry *playlistArgument(const QJsonArray &arguments, const Reply &reply);
     void playlistEntry(const QJsonArray &arguments, const Reply &reply);
+    // The programme on now, or next, on the channel the one argument counts to; null without one.
+    void guideProgramme(const QJsonArray &arguments, const Reply &reply, bool next);
     void play(const QJsonArray &arguments, const Reply &reply);
     void openRemote(const QJsonArray &arguments, const Reply &reply);
     void modelAction(void (PlayerModel::*action)(), const QJsonArray &arguments,

@@ -38,7 +38,7 @@ bool sameAspect(double a, double b)
 PlayerModel::PlayerModel(YouTubePlayerRegistry &youtubePlayers,
                          OKVideoPlayerRegistry &okVideoPlayers, MpvEngine::Output output,
                          QObject *parent)
-    : QObject(parent), m_engine(output), m_youtubePlayers(youtubePlayers),
+    : QObject(parent), m_engine(output), m_guide(m_network), m_youtubePlayers(youtubePlayers),
       m_okVideoPlayers(okVideoPlayers), m_playlistTimeout(PlayerTiming::playlistTimeout),
       m_title(placeholderTitle()), m_mediaLoadID(QUuid::createUuid()),
       m_remoteRequestID(QUuid::createUuid())
@@ -52,6 +52,9 @@ PlayerModel::PlayerModel(YouTubePlayerRegistry &youtubePlayers,
         if (m_isLiveStream && m_engine.isWaitingToPlay())
             assign(m_isBuffering, true, &PlayerModel::isBufferingChanged);
     });
+
+    connect(&m_guide, &ProgrammeGuide::notice, this,
+            [this](const QString &message) { showToast(message, PlayerTiming::toastNanoseconds); });
 
     m_toastTimer.setSingleShot(true);
     connect(&m_toastTimer, &QTimer::timeout, this, [this] {
@@ -92,11 +95,13 @@ void PlayerModel::assign(T &field, const T &value, void (PlayerModel::*changed)(
     Q_EMIT(this->*changed)();
 }
 
-void PlayerModel::setPlaylist(QList<PlaylistEntry> playlist)
+void PlayerModel::setPlaylist(QList<PlaylistEntry> playlist, const ChannelGuideKeys &guideKeys,
+                              const QList<WebAddress> &guides)
 {
     if (playlist == m_playlist)
         return;
     m_playlist.swap(playlist);
+    m_guide.setPlaylist(m_playlist, guideKeys, guides);
     Q_EMIT playlistChanged();
     releaseInBackground(std::move(playlist));
 }
@@ -473,7 +478,7 @@ void PlayerModel::publishLoadedPlaylist(const QUuid &requestID, const PlaylistRe
     if (requestID != m_remoteRequestID)
         return;
     if (result.succeeded()) {
-        setPlaylist(result.entries);
+        setPlaylist(result.entries, result.guideKeys, result.guideAddresses);
         assign(m_title,
                trimmedText(displayName).value_or(PlayerTexts::networkPlaylistTitle.toString()),
                &PlayerModel::titleChanged);
@@ -520,7 +525,7 @@ PlayerModel::importLocalM3UFile(const QString &path, const std::optional<QString
             const QFileInfo file(path);
             const QString fileTitle =
                 file.completeBaseName().isEmpty() ? file.fileName() : file.completeBaseName();
-            setPlaylist(result.entries);
+            setPlaylist(result.entries, result.guideKeys, result.guideAddresses);
             assign(m_title, trimmedText(displayName).value_or(fileTitle),
                    &PlayerModel::titleChanged);
             return result.entries;

@@ -3,6 +3,7 @@
 #include "Base/WebAddress.h"
 #include "Player/LastPlayableSource.h"
 #include "Player/MpvEngine.h"
+#include "Player/ProgrammeGuide.h"
 #include "Playlist/PlaylistEntry.h"
 #include "Playlist/PlaylistReadResult.h"
 #include "Web/OKVideoContent.h"
@@ -71,6 +72,8 @@ public:
 
     // The one engine; never replaced. The video surface draws from it.
     MpvEngine &engine() { return m_engine; }
+    // The programme guide of the published playlist.
+    ProgrammeGuide &guide() { return m_guide; }
 
     const QString &title() const { return m_title; }
     const std::optional<QString> &errorMessage() const { return m_errorMessage; }
@@ -187,12 +190,15 @@ private:
 
     template <typename T>
     void assign(T &field, const T &value, void (PlayerModel::*changed)());
-    // Publishes a new list; the list it replaces is freed off the main thread.
-    void setPlaylist(QList<PlaylistEntry> playlist);
+    // Publishes a new list, and its guide from the keys and the guides it names; the list it
+    // replaces is freed off the main thread.
+    void setPlaylist(QList<PlaylistEntry> playlist, const ChannelGuideKeys &guideKeys = {},
+                     const QList<WebAddress> &guides = {});
 
     // Declared first so it outlives every timer and download that refers to it.
     MpvEngine m_engine;
     QNetworkAccessManager m_network;
+    ProgrammeGuide m_guide;
     QTimer m_timeTickTimer;
     QTimer m_bufferingIndicatorTimer;
     QTimer m_toastTimer;

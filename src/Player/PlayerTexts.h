@@ -14,6 +14,9 @@ inline constexpr QStringView volumeMuted = u"Volume: 0% (Muted)";
 inline constexpr QStringView playlistOpenFailed = u"Could not open playlist: ";
 inline constexpr QStringView playlistImportFailed = u"Could not import playlist: ";
 inline constexpr QStringView networkPlaylistTitle = u"IPTV Playlist";
+inline constexpr QStringView guidePartlyRead = u"The programme guide could only be read in part.";
+// The reason follows.
+inline constexpr QStringView guideFailed = u"The programme guide could not be loaded: %1";
 // The notice over the picture when media does not play: the name, then the reason.
 inline constexpr QStringView couldNotPlay = u"Could not play \u201C%1\u201D: %2.";
 

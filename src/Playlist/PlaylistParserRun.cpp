@@ -20,8 +20,9 @@ QByteArrayView title(QByteArrayView description, const EncodedText &text)
 } // namespace
 
 PlaylistParserRun::PlaylistParserRun(const WebAddress &base, PlaylistTextDecoder::Encoding encoding,
-                                     qsizetype capacity)
-    : m_base(base), m_text(encoding)
+                                     qsizetype capacity, bool keepGuideKeys)
+    : m_base(base), m_text(encoding), m_keepGuideKeys(keepGuideKeys),
+      m_guideKeys(encoding, keepGuideKeys ? capacity : 0)
 {
     m_entries.reserve(capacity);
     // Tens of megabytes for a large list: mapped in one step rather than a page fault at a time.
@@ -76,6 +77,8 @@ void PlaylistParserRun::addEntry(const WebAddress &address)
         entry.countryCode =
             PlaylistParser::inferredCountryCode(attributes.tvgID, m_text, m_countries);
     m_entries.append(std::move(entry));
+    if (m_keepGuideKeys)
+        m_guideKeys.append(attributes.tvgID, attributes.tvgName);
     m_description.reset();
 }
 

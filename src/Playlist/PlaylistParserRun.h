@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Base/WebAddress.h"
+#include "Playlist/ChannelGuideKeys.h"
 #include "Playlist/EncodedText.h"
 #include "Playlist/PlaylistEntry.h"
 #include "Playlist/RandomUuidSource.h"
@@ -17,14 +18,17 @@
 class PlaylistParserRun
 {
 public:
-    // capacity: how many channels to make room for at once.
+    // capacity: how many channels to make room for at once; keepGuideKeys: whether each
+    // channel's tvg-id and tvg-name are kept too (takeGuideKeys() is empty otherwise).
     PlaylistParserRun(const WebAddress &base, PlaylistTextDecoder::Encoding encoding,
-                      qsizetype capacity);
+                      qsizetype capacity, bool keepGuideKeys = false);
 
     // The next block of text bytes (the byte-order mark left out). A block ends after a line break
     // byte (LF, VT, FF or CR), except the last one; it need not outlive the call.
     void readBlock(QByteArrayView block);
     QList<PlaylistEntry> takeEntries() { return std::move(m_entries); }
+    // For each channel, in the same order, its tvg-id and tvg-name.
+    ChannelGuideKeys takeGuideKeys() { return std::move(m_guideKeys); }
 
 private:
     void readLine(QByteArrayView line);
@@ -38,6 +42,8 @@ private:
     std::optional<QByteArrayView> m_description;
     QByteArray m_heldDescription;
     QList<PlaylistEntry> m_entries;
+    const bool m_keepGuideKeys;
+    ChannelGuideKeys m_guideKeys;
     StringPool m_groups;
     StringPool m_countries;
     RandomUuidSource m_uuids;

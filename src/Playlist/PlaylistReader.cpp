@@ -1,5 +1,6 @@
 #include "Playlist/PlaylistReader.h"
 
+#include "Playlist/GuideAddresses.h"
 #include "Playlist/PlaylistError.h"
 #include "Playlist/PlaylistParser.h"
 #include "Playlist/PlaylistParserRun.h"
@@ -16,17 +17,22 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// A list from the network may name logos on the network only. Anything else would let a web page
-// make the player read the user's files, or a device that never ends ("file:///dev/zero").
-void keepWebLogosOnly(QList<PlaylistEntry> &entries)
+bool isWebAddress(const WebAddress &address)
+{
+    const QString scheme = address.scheme().toLower();
+    return scheme == u"http" || scheme == u"https";
+}
+
+// A list from the network may name logos and guides on the network only. Anything else would let
+// a web page make the player read the user's files, or a device that never ends
+// ("file:///dev/zero").
+void keepWebAddressesOnly(QList<PlaylistEntry> &entries, QList<WebAddress> &guides)
 {
     for (PlaylistEntry &entry : entries) {
-        if (!entry.logoURL)
-            continue;
-        const QString scheme = entry.logoURL->scheme().toLower();
-        if (scheme != u"http" && scheme != u"https")
+        if (entry.logoURL && !isWebAddress(*entry.logoURL))
             entry.logoURL.reset();
     }
+    guides.removeIf([](const WebAddress &guide) { return !isWebAddress(guide); });
 }
 
 // The bytes from the device's current position, at most limit of them, handed to readBlock in
@@ -66,13 +72,15 @@ qint64 readBlocks(QIODevice &device, qint64 limit, ReadBlock &&readBlock)
 }
 
 // The channels found, or why there are none.
-PlaylistReadResult finished(QList<PlaylistEntry> entries, const WebAddress &base)
+PlaylistReadResult finished(PlaylistParserRun &run, const WebAddress &base,
+                            QList<WebAddress> guideAddresses)
 {
+    QList<PlaylistEntry> entries = run.takeEntries();
     if (entries.isEmpty())
         return PlaylistReadResult::failed(localizedDescription(PlaylistError::empty));
     if (!base.isLocalFile())
-        keepWebLogosOnly(entries);
-    return {std::move(entries), {}};
+        keepWebAddressesOnly(entries, guideAddresses);
+    return {std::move(entries), {}, run.takeGuideKeys(), std::move(guideAddresses)};
 }
 
 } // namespace
@@ -88,11 +96,13 @@ PlaylistReadResult PlaylistReader::read(QByteArrayView bytes, const WebAddress &
     survey.add(bytes);
     if (!survey.isText())
         return PlaylistReadResult::failed(PlaylistTexts::notAPlaylist.toString());
-    return finished(PlaylistParser::parse(bytes, base, survey), base);
+    PlaylistParserRun run(base, survey.encoding(), survey.channelCapacity(), true);
+    run.readBlock(PlaylistTextDecoder::textBytes(bytes, survey.encoding()));
+    return finished(run, base, GuideAddresses::fromPlaylist(bytes, base));
 }
 
 PlaylistReadResult PlaylistReader::readDevice(QIODevice &device, const WebAddress &base,
-                                              qint64 limit)
+                                              qint64 limit, Guides guides)
 {
     // One byte more than allowed tells an oversized file from one of exactly the limit, also for
     // devices whose size is not known in advance (pipes, special files).
@@ -122,15 +132,19 @@ PlaylistReadResult PlaylistReader::readDevice(QIODevice &device, const WebAddres
     if (!device.seek(start))
         return PlaylistReadResult::failed(device.errorString());
     const PlaylistTextDecoder::Encoding encoding = survey.encoding();
-    PlaylistParserRun run(base, encoding, survey.channelCapacity());
+    PlaylistParserRun run(base, encoding, survey.channelCapacity(), guides == Guides::kept);
     bool first = true;
+    QList<WebAddress> guideAddresses;
     const auto readBlock = [&](QByteArrayView block) {
+        // The header, which names the guides, is the first line: it lies in the first block.
+        if (first && guides == Guides::kept)
+            guideAddresses = GuideAddresses::fromPlaylist(block, base);
         run.readBlock(first ? PlaylistTextDecoder::textBytes(block, encoding) : block);
         first = false;
     };
     if (readBlocks(device, size, readBlock) < 0)
         return PlaylistReadResult::failed(device.errorString());
-    return finished(run.takeEntries(), base);
+    return finished(run, base, std::move(guideAddresses));
 }
 
 PlaylistReadResult PlaylistReader::readFile(const QString &path)

@@ -23,13 +23,22 @@ public:
     static constexpr qsizetype blockBytes = 1024 * 1024;
     static QString tooLargeDescription();
 
+    // Whether the result keeps each channel's guide keys and the header's guide addresses: a
+    // player shows a guide, a tool that only lists or counts channels need not pay for them.
+    enum class Guides
+    {
+        kept,
+        dropped
+    };
+
     // UTF-8, else Windows-1252; relative address lines resolve against base. A list whose base is
     // not a local file keeps only http and https logos.
     static PlaylistReadResult read(QByteArrayView bytes, const WebAddress &base);
     // What read() makes of the device's bytes from its position on (at most limit of them): a
     // file is read a block at a time, never whole. The device blocks until it has data (a file,
     // or a pipe opened as one).
-    static PlaylistReadResult readDevice(QIODevice &device, const WebAddress &base, qint64 limit);
+    static PlaylistReadResult readDevice(QIODevice &device, const WebAddress &base, qint64 limit,
+                                         Guides guides = Guides::kept);
     // readDevice() of the file at path (at most maximumBytes) against its address.
     static PlaylistReadResult readFile(const QString &path);
 };

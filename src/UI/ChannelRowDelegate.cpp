@@ -2,6 +2,7 @@
 
 #include "Base/SymbolIcons.h"
 #include "Player/PlayerModel.h"
+#include "Player/ProgrammeGuide.h"
 #include "Playlist/LocalM3UStore.h"
 #include "UI/ChannelLogoLoader.h"
 #include "UI/WindowTexts.h"
@@ -25,6 +26,9 @@ const QColor hoverColor(255, 255, 255, 18);
 const QColor selectedColor(10, 132, 255, 70);
 const QColor playingColor(48, 209, 88);
 const QColor buttonColor(220, 220, 228);
+const QColor progressTrackColor(255, 255, 255, 40);
+const QColor progressColor(10, 132, 255);
+constexpr int progressHeight = 2;
 
 // A stable colour per name, so a row without a logo is still recognisable at a glance.
 QColor fallbackColor(const QString &name)
@@ -51,6 +55,11 @@ ChannelRowDelegate::ChannelRowDelegate(ChannelListModel::Rows rows, PlayerModel 
             &ChannelRowDelegate::appearanceChanged);
     connect(&m_store, &LocalM3UStore::entriesChanged, this, &ChannelRowDelegate::appearanceChanged);
     connect(&m_logos, &ChannelLogoLoader::logoSettled, this,
+            &ChannelRowDelegate::appearanceChanged);
+    // What is on changes with the guide and with the clock.
+    connect(&m_model.guide(), &ProgrammeGuide::scheduleChanged, this,
+            &ChannelRowDelegate::appearanceChanged);
+    connect(&m_model.guide(), &ProgrammeGuide::clockAdvanced, this,
             &ChannelRowDelegate::appearanceChanged);
 }
 
@@ -141,8 +150,10 @@ void ChannelRowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &op
     const QRect text(textLeft, row.top() + 6, std::max(0, textRight - textLeft), row.height() - 12);
     QFont nameFont = option.font;
     nameFont.setWeight(QFont::DemiBold);
-    const QVariant metadata = index.data(ChannelListModel::MetadataRole);
-    const bool hasMetadata = metadata.isValid() && !metadata.toString().isEmpty();
+    const qint64 time = ProgrammeGuide::now();
+    const std::optional<GuideProgramme> onNow = m_model.guide().schedule().onAt(entry.id, time);
+    const QString metadata = secondLine(index, time);
+    const bool hasMetadata = !metadata.isEmpty();
     const QFontMetrics nameMetrics(nameFont);
     painter->setFont(nameFont);
     painter->setPen(playing ? playingColor : nameColor);
@@ -154,10 +165,13 @@ void ChannelRowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &op
         small.setPointSizeF(option.font.pointSizeF() * 0.85);
         painter->setFont(small);
         painter->setPen(metadataColor);
-        painter->drawText(
-            text.adjusted(0, text.height() / 2 + 1, 0, 0), Qt::AlignLeft | Qt::AlignTop,
-            QFontMetrics(small).elidedText(metadata.toString(), Qt::ElideRight, text.width()));
+        painter->drawText(text.adjusted(0, text.height() / 2 + 1, 0, 0),
+                          Qt::AlignLeft | Qt::AlignTop,
+                          QFontMetrics(small).elidedText(metadata, Qt::ElideRight, text.width()));
     }
+    if (onNow)
+        paintProgress(painter, QRect(text.left(), row.bottom() - 5, text.width(), progressHeight),
+                      *onNow, time);
 
     for (const ChannelRowAction action : actions()) {
         const QRect button = actionRect(row, action);
@@ -193,6 +207,25 @@ void ChannelRowDelegate::paintLogo(QPainter *painter, const QRect &area,
     painter->setFont(font);
     painter->setPen(Qt::white);
     painter->drawText(area, Qt::AlignCenter, initials(entry.name));
+}
+
+QString ChannelRowDelegate::secondLine(const QModelIndex &index, qint64 time) const
+{
+    // A channel with a guide shows what is on now in place of its metadata.
+    const auto entry = index.data(ChannelListModel::EntryRole).value<PlaylistEntry>();
+    if (const std::optional<GuideProgramme> onNow = m_model.guide().schedule().onAt(entry.id, time))
+        return onNow->title;
+    return index.data(ChannelListModel::MetadataRole).toString();
+}
+
+void ChannelRowDelegate::paintProgress(QPainter *painter, const QRect &track,
+                                       const GuideProgramme &programme, qint64 time) const
+{
+    const double length = double(std::max<qint64>(programme.stop - programme.start, 1));
+    const double done = std::clamp(double(time - programme.start) / length, 0.0, 1.0);
+    painter->fillRect(track, progressTrackColor);
+    painter->fillRect(QRect(track.topLeft(), QSize(int(track.width() * done), track.height())),
+                      progressColor);
 }
 
 QSize ChannelRowDelegate::sizeHint(const QStyleOptionViewItem &option, const QModelIndex &) const

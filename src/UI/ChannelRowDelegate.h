@@ -9,9 +9,11 @@
 class ChannelLogoLoader;
 class LocalM3UStore;
 class PlayerModel;
+struct GuideProgramme;
 struct PlaylistEntry;
 
-// Draws a channel row (logo, name, metadata line, the playing mark and the row's buttons) and
+// Draws a channel row (logo, name, metadata line or the programme on now with its progress, the
+// playing mark and the row's buttons) and
 // turns clicks on its buttons into actions. Rows are drawn, not made of widgets, so a list of a
 // million channels costs only the rows on screen.
 class ChannelRowDelegate : public QStyledItemDelegate
@@ -30,6 +32,8 @@ public:
     QList<ChannelRowAction> actions() const;
     // Where a button sits in a row.
     QRect actionRect(const QRect &row, ChannelRowAction action) const;
+    // The row's second line at the time: the programme on now, else the metadata line.
+    QString secondLine(const QModelIndex &index, qint64 time) const;
     // The help text of a button for an entry.
     QString helpText(ChannelRowAction action, const PlaylistEntry &entry) const;
 
@@ -50,6 +54,9 @@ private:
     std::optional<ChannelRowAction> actionAt(const QRect &row, const QPoint &point) const;
     QString symbolOf(ChannelRowAction action, const PlaylistEntry &entry) const;
     void paintLogo(QPainter *painter, const QRect &area, const PlaylistEntry &entry) const;
+    // How far the programme has come at the time, as a thin bar.
+    void paintProgress(QPainter *painter, const QRect &track, const GuideProgramme &programme,
+                       qint64 time) const;
 
     ChannelListModel::Rows m_rows;
     PlayerModel &m_model;

@@ -2,10 +2,14 @@
 
 #include "Base/SymbolIcons.h"
 #include "Player/PlayerModel.h"
+#include "Player/ProgrammeGuide.h"
 #include "Playlist/ChannelListModel.h"
 #include "UI/AddressField.h"
 #include "UI/ChannelListSection.h"
+#include "UI/ChannelListView.h"
 #include "UI/ContentState.h"
+#include "UI/GuideDayDialog.h"
+#include "UI/GuideNowNextView.h"
 #include "UI/LocalM3UActions.h"
 #include "UI/WindowTexts.h"
 
@@ -77,7 +81,14 @@ NetworkPanel::NetworkPanel(PlayerModel &model, ContentState &state, LocalM3UActi
     m_header->setObjectName(QStringLiteral("sectionHeader"));
     m_section = new ChannelListSection(ChannelListModel::Rows::networkChannels, model, state,
                                        localM3U.store(), logos, {}, m_channels);
-    channels->addWidget(m_header);
+    auto *headerRow = new QHBoxLayout;
+    headerRow->addWidget(m_header, 1);
+    m_guideButton = fieldButton(u"list.bullet", m_channels);
+    m_guideButton->setToolTip(WindowTexts::guideViewHelp.toString());
+    headerRow->addWidget(m_guideButton);
+    channels->addLayout(headerRow);
+    m_nowNext = new GuideNowNextView(model, m_channels);
+    channels->addWidget(m_nowNext);
     channels->addWidget(m_section, 1);
     column->addWidget(m_channels, 1);
     column->addStretch(0);
@@ -105,6 +116,9 @@ NetworkPanel::NetworkPanel(PlayerModel &model, ContentState &state, LocalM3UActi
     connect(&m_model, &PlayerModel::isLoadingChanged, this, &NetworkPanel::refreshPlayButton);
     ChannelListModel &list = state.networkChannels();
     connect(&list, &ChannelListModel::rowsSettled, this, &NetworkPanel::refreshChannels);
+    connect(&m_model.guide(), &ProgrammeGuide::scheduleChanged, this,
+            &NetworkPanel::refreshChannels);
+    connect(m_guideButton, &QToolButton::clicked, this, &NetworkPanel::showGuideOfSelection);
     refreshAddress();
     refreshMovieName();
     refreshPlayButton();
@@ -140,4 +154,22 @@ void NetworkPanel::refreshChannels()
     m_channels->setVisible(!list.entries().isEmpty());
     m_header->setText(WindowTexts::channelsHeader.toString() +
                       QString::number(list.filteredCount()));
+    m_guideButton->setVisible(!m_model.guide().schedule().isEmpty());
+}
+
+std::optional<PlaylistEntry> NetworkPanel::guideChannel() const
+{
+    const QModelIndex selected = channelList()->currentIndex();
+    if (selected.isValid())
+        return m_state.networkChannels().entryAt(selected.row());
+    for (const PlaylistEntry &entry : m_model.playlist())
+        if (entry.url == m_model.currentURL())
+            return entry;
+    return std::nullopt;
+}
+
+void NetworkPanel::showGuideOfSelection()
+{
+    if (const std::optional<PlaylistEntry> channel = guideChannel())
+        (new GuideDayDialog(m_model, *channel, window()))->show();
 }

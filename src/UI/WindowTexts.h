@@ -59,6 +59,20 @@ inline constexpr QStringView restorePrevious = u"Restore Previous Links";
 inline constexpr QStringView dismissHelp = u"Dismiss";
 inline constexpr QStringView searchChannels = u"Search channels";
 inline constexpr QStringView channelsHeader = u"IPTV CHANNELS  \u00b7  ";
+
+// The programme guide.
+inline constexpr QStringView guideNow = u"Now";
+inline constexpr QStringView guideNext = u"Next";
+inline constexpr QStringView guideViewHelp = u"Programme guide of the selected channel";
+// "Programme Guide — News 24"
+inline constexpr QStringView guideViewTitle = u"Programme Guide \u2014 %1";
+inline constexpr QStringView guideNothingLeft = u"Nothing more today.";
+inline constexpr QStringView guideAddressTitle = u"Programme Guide Address";
+inline constexpr QStringView guideAddressPrompt =
+    u"A guide (XMLTV, plain or gzip) to read before the ones the playlist names. Leave empty to "
+    u"use only the playlist's.";
+inline constexpr QStringView guideAddressRefused = u"Enter a valid HTTP, HTTPS or file address.";
+inline constexpr QStringView ok = u"OK";
 inline constexpr QStringView addressPlaceholder = u"Paste a stream, playlist or video address";
 inline constexpr QStringView networkSection = u"Network";
 inline constexpr QStringView localSection = u"Local M3U";

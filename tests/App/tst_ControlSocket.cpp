@@ -2,6 +2,7 @@
 #include "TestHttpServer.h"
 #include "TestMedia.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
 #include <QImage>
@@ -201,6 +202,48 @@ private Q_SLOTS:
         QCOMPARE(image.size(), QSize(m_client.data({u"get_property"_s, u"width"_s}).toInt(),
                                      m_client.data({u"get_property"_s, u"height"_s}).toInt()) *
                                    image.devicePixelRatio());
+    }
+
+    void answersWhatIsOnTheGuide()
+    {
+        const QDateTime now = QDateTime::currentDateTimeUtc();
+        const auto at = [&](int hours) { return now.addSecs(hours * 3600); };
+        const auto xmltv = [](const QDateTime &time) {
+            return time.toString(u"yyyyMMddHHmmss"_s).toLatin1() + " +0000";
+        };
+        m_server.route("/tv/guide.xml",
+                       TestHttpReply::of(200, "OK",
+                                         "<tv><channel id=\"t\"><display-name>Tagesschau</display-"
+                                         "name></channel><programme channel=\"t\" start=\"" +
+                                             xmltv(at(-1)) + "\" stop=\"" + xmltv(at(1)) +
+                                             "\"><title>On Air</title></programme><programme "
+                                             "channel=\"t\" start=\"" +
+                                             xmltv(at(1)) + "\" stop=\"" + xmltv(at(2)) +
+                                             "\"><title>Coming Up</title></programme></tv>"));
+        const auto set = [this](const QJsonValue &value) {
+            return error(m_client.request({u"set_property"_s, u"guideAddress"_s, value}));
+        };
+        QCOMPARE(set(u"gopher://tv/guide.xml"_s), u"not an http, https or file address"_s);
+        QCOMPARE(set(m_server.url(u"/tv/guide.xml"_s)), u"success"_s);
+        QCOMPARE(m_client.data({u"get_property"_s, u"guideAddress"_s}),
+                 QJsonValue(m_server.url(u"/tv/guide.xml"_s)));
+        QCOMPARE(error(m_client.request({u"openRemote"_s, m_server.url(u"/tv/list.m3u"_s)})),
+                 u"success"_s);
+        QTRY_COMPARE(m_client.data({u"get_property"_s, u"guideStatus"_s}), QJsonValue(u"ready"_s));
+        const auto iso = [](const QDateTime &time) {
+            return QJsonValue(time.toString(Qt::ISODate));
+        };
+        QCOMPARE(m_client.data({u"guide_now"_s, 0}),
+                 QJsonValue(QJsonObject{{u"title"_s, u"On Air"_s},
+                                        {u"start"_s, iso(at(-1))},
+                                        {u"stop"_s, iso(at(1))}}));
+        QCOMPARE(m_client.data({u"guide_next"_s, 0}).toObject().value(u"title"_s),
+                 QJsonValue(u"Coming Up"_s));
+        QCOMPARE(m_client.data({u"guide_now"_s, 1}), QJsonValue(QJsonValue::Null));
+        QCOMPARE(error(m_client.request({u"guide_next"_s, 3})), u"index out of range"_s);
+        // Cleared, the list names no guide: there is none.
+        QCOMPARE(set(u""_s), u"success"_s);
+        QCOMPARE(m_client.data({u"get_property"_s, u"guideStatus"_s}), QJsonValue(u"none"_s));
     }
 
     void recordsOnRequest()

@@ -1,6 +1,8 @@
 #include "Playlist/GuideAddresses.h"
 #include "Playlist/GuideReader.h"
+#include "Playlist/GuideSchedule.h"
 #include "Playlist/InflatingDevice.h"
+#include "Playlist/PlaylistReader.h"
 #include "Playlist/XmltvTime.h"
 
 #include <QBuffer>
@@ -192,6 +194,49 @@ private Q_SLOTS:
         QCOMPARE(titles(result.programmes[4]), QStringList({u"Elsewhere"_s}));
         QCOMPARE(titles(result.programmes[5]), QStringList({u"Rai By Name"_s}));
         QVERIFY(result.programmes[6].isEmpty());
+    }
+
+    void schedulesAPlaylistFromItsGuides()
+    {
+        // The channels as a playlist names them, matched through the keys the reader keeps; a
+        // list from the network names no local guide.
+        const PlaylistReadResult list = PlaylistReader::read(
+            "\xef\xbb\xbf#EXTM3U "
+            "url-tvg=\"epg/a.xml.gz,file:///dev/zero,https://b.example/b.xml\"\n"
+            "#EXTINF:-1 tvg-id=\"BBC1.UK\" tvg-name=\"BBC\",BBC One HD\nhttp://s/bbc\n"
+            "#EXTINF:-1 tvg-name=\"ARTE HD\",Arte\nhttp://s/arte\n"
+            "#EXTINF:-1 tvg-id=\"later.fr\",Later\nhttp://s/later\n"
+            "http://s/plain\n",
+            *WebAddress::fromText(u"http://h/lists/tv.m3u"));
+        QCOMPARE(list.guideAddresses,
+                 (QList<WebAddress>{*WebAddress::fromText(u"http://h/lists/epg/a.xml.gz"),
+                                    *WebAddress::fromText(u"https://b.example/b.xml")}));
+        QCOMPARE(list.guideKeys.toList(),
+                 (QList<ChannelGuideKey>{
+                     {u"BBC1.UK"_s, u"BBC"_s}, {{}, u"ARTE HD"_s}, {u"later.fr"_s, {}}, {}}));
+        QList<GuideReader::Channel> channels;
+        for (qsizetype i = 0; i < list.entries.size(); ++i)
+            channels.append(
+                {list.guideKeys.at(i).tvgID, list.guideKeys.at(i).tvgName, list.entries[i].name});
+        // The second guide fills only the channel the first left empty.
+        const QByteArray second =
+            R"(<tv><programme start="20261123180000 +0000" stop="20261123190000 +0000" channel="later.fr"><title>From B</title></programme>
+<programme start="20261123180000 +0000" stop="20261123200000 +0000" channel="bbc1.uk"><title>Not Taken</title></programme></tv>)";
+        GuideSchedule schedule(list.entries);
+        schedule.addGuide(read(guide, channels).programmes);
+        schedule.addGuide(read(second, channels).programmes);
+        const QUuid bbc = list.entries[0].id, arte = list.entries[1].id, later = list.entries[2].id;
+        QCOMPARE(schedule.onAt(bbc, now)->title, u"News"_s);
+        QCOMPARE(schedule.nextAfter(bbc, now)->title, u"Across Midnight"_s);
+        // At a boundary the next programme is on; the one ending there is over.
+        QCOMPARE(schedule.onAt(bbc, utc("2026-11-23T19:00:00Z"))->title, u"Across Midnight"_s);
+        QCOMPARE(schedule.onAt(later, now)->title, u"From B"_s);
+        QCOMPARE(titles(schedule.between(arte, now, utc("2026-11-23T20:30:00Z"))),
+                 QStringList({u"Open End"_s, u"Documentary"_s}));
+        QVERIFY(!schedule.onAt(arte, utc("2026-11-23T21:00:00Z")));
+        QVERIFY(!schedule.hasProgrammes(list.entries[3].id));
+        QCOMPARE(schedule.nextChangeAfter(now), utc("2026-11-23T19:00:00Z"));
+        QCOMPARE(schedule.nextChangeAfter(utc("2026-11-24T01:00:00Z")), std::nullopt);
     }
 
     void keepsWhatCameBeforeAFault_data()

@@ -5,7 +5,10 @@
 
 #include "Base/SymbolIcons.h"
 #include "Player/PlayerModel.h"
+#include "Player/PlayerTexts.h"
+#include "Player/ProgrammeGuide.h"
 #include "Playlist/ChannelListModel.h"
+#include "Playlist/GuideCache.h"
 #include "Playlist/PlaylistTexts.h"
 #include "Playlist/SavedLinksFile.h"
 #include "Surface/PlayerSurface.h"
@@ -23,6 +26,9 @@
 #include "UI/ContentView.h"
 #include "UI/DialogLocalM3UPrompts.h"
 #include "UI/DialogMediaFileChooser.h"
+#include "UI/GuideDayDialog.h"
+#include "UI/GuideNowNextView.h"
+#include "UI/GuideTimeText.h"
 #include "UI/LinkEditorDialog.h"
 #include "UI/LocalM3UActions.h"
 #include "UI/LocalM3UPanel.h"
@@ -42,6 +48,7 @@
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QMenu>
 #include <QMessageBox>
 #include <QMimeData>
@@ -51,6 +58,7 @@
 #include <QSlider>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimeZone>
 #include <QTimer>
 #include <QToolButton>
 #include <QWindow>
@@ -58,6 +66,8 @@
 #include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
+
+Q_DECLARE_METATYPE(TestHttpReply)
 
 namespace {
 
@@ -108,6 +118,30 @@ QAction *actionNamed(QMenu *menu, QStringView text)
     return nullptr;
 }
 
+QByteArray xmltvTime(qint64 msecsSinceEpoch)
+{
+    return QDateTime::fromMSecsSinceEpoch(msecsSinceEpoch, QTimeZone::utc())
+               .toString(u"yyyyMMddHHmmss"_s)
+               .toLatin1() +
+           " +0000";
+}
+
+// Two programmes on the Tagesschau channel, the first ending at the boundary.
+QByteArray guideAround(qint64 boundary)
+{
+    const qint64 hour = 3600'000;
+    const auto programme = [](qint64 start, qint64 stop, const QByteArray &inner) {
+        return "<programme start=\"" + xmltvTime(start) + "\" stop=\"" + xmltvTime(stop) +
+               "\" channel=\"tagesschau.de\">" + inner + "</programme>\n";
+    };
+    return "<?xml version=\"1.0\"?>\n<tv><channel id=\"tagesschau.de\"><display-name>Das "
+           "Erste</display-name></channel>\n" +
+           programme(boundary - hour, boundary, "<title>Early News</title>") +
+           programme(boundary, boundary + hour,
+                     "<title>Late News</title><sub-title>Weather</sub-title>") +
+           "</tv>\n";
+}
+
 QToolButton *buttonWithHelp(QWidget *parent, QStringView help)
 {
     for (QToolButton *button : parent->findChildren<QToolButton *>())
@@ -152,6 +186,7 @@ private Q_SLOTS:
         m_player = std::make_unique<TestPlayer>(MpvEngine::Output::render);
         m_model = &m_player->model;
         QDir(SavedLinksFile::defaultFolder()).removeRecursively();
+        QDir(GuideCache::defaultFolder()).removeRecursively();
         m_store = std::make_unique<LocalM3UStore>();
         m_store->removeAll();
         m_actions = std::make_unique<LocalM3UActions>(*m_model, *m_store);
@@ -621,6 +656,122 @@ private Q_SLOTS:
         QVERIFY(!m_view->playerArea()->isCursorHidden());
     }
 
+    void guideFollowsTheClockWithoutReloading()
+    {
+        // A list naming two guides, one of them missing: what the other gives is shown.
+        const qint64 boundary = (QDateTime::currentMSecsSinceEpoch() / 1000 + 5) * 1000;
+        m_server.route("/guided.m3u",
+                       TestHttpReply::of(200, "OK",
+                                         "#EXTM3U x-tvg-url=\"guide.xml,missing.xml\"\n"
+                                         "#EXTINF:-1 tvg-id=\"TAGESSCHAU.DE\",Tagesschau\n"
+                                         "http://127.0.0.1:9/tagesschau.m3u8\n"
+                                         "#EXTINF:-1 group-title=\"Sport\",Arena\n"
+                                         "http://127.0.0.1:9/arena.m3u8\n"));
+        m_server.setHandler([&](const QByteArray &path) {
+            if (path != "/guide.xml")
+                return TestHttpReply::of(404, "Not Found", {});
+            if (m_server.requestHeads().constLast().contains("\r\nIf-None-Match: \"v1\"\r\n"))
+                return TestHttpReply::of(304, "Not Modified", {});
+            TestHttpReply reply = TestHttpReply::of(200, "OK", guideAround(boundary), "text/xml");
+            reply.extraHeaders = "ETag: \"v1\"\r\n";
+            return reply;
+        });
+        ProgrammeGuide &guide = m_model->guide();
+        m_model->openRemote(m_server.url(u"/guided.m3u"_s), std::nullopt);
+        QTRY_COMPARE(guide.statusName(), u"partial"_s);
+        QCOMPARE(m_model->toastMessage(), PlayerTexts::guidePartlyRead.toString());
+
+        ChannelListView *list = network()->channelList();
+        const auto secondLine = [list](int row) {
+            return list->rowDelegate()->secondLine(list->model()->index(row, 0),
+                                                   ProgrammeGuide::now());
+        };
+        QCOMPARE(secondLine(0), u"Early News"_s);
+        QCOMPARE(secondLine(1), u"Sport"_s); // no guide: as before
+        clickRowAction(list, 0, ChannelRowAction::play);
+        GuideNowNextView *nowNext = network()->nowNext();
+        QTRY_VERIFY(nowNext->isVisible());
+        QVERIFY(nowNext->nowLabel()->text().contains(u"Early News"_s));
+        QCOMPARE(nowNext->nextLabel()->text(), WindowTexts::guideNext.toString() + u"  "_s +
+                                                   GuideTimeText::time(boundary) +
+                                                   u"  Late News"_s);
+
+        // At the boundary the rows and the playing channel's lines turn over by themselves.
+        QSignalSpy repaints(list->rowDelegate(), &ChannelRowDelegate::appearanceChanged);
+        QTRY_VERIFY_WITH_TIMEOUT(nowNext->nowLabel()->text().contains(u"Late News"_s), 10000);
+        QVERIFY(ProgrammeGuide::now() >= boundary);
+        QVERIFY(!repaints.isEmpty());
+        QCOMPARE(secondLine(0), u"Late News"_s);
+        QVERIFY(!nowNext->nextLabel()->isVisible());
+        list->setCurrentIndex(list->model()->index(0, 0));
+        QTest::mouseClick(network()->guideButton(), Qt::LeftButton);
+        GuideDayDialog *day = nullptr;
+        QTRY_VERIFY((day = m_view->findChild<GuideDayDialog *>()) && day->isVisible());
+        QCOMPARE(day->programmeList()->count(), 1);
+        QVERIFY(day->programmeList()->item(0)->text().endsWith(u"Late News\nWeather"_s));
+
+        // The same list again reads the kept guide; a refresh asks whether it changed.
+        m_model->openRemote(m_server.url(u"/guided.m3u"_s), std::nullopt);
+        QTRY_COMPARE(guide.statusName(), u"partial"_s);
+        QCOMPARE(m_server.requestCount("/guide.xml"), 1);
+        guide.refresh();
+        QTRY_COMPARE(m_server.requestCount("/guide.xml"), 2);
+        QByteArray asked;
+        for (const QByteArray &head : m_server.requestHeads())
+            if (head.startsWith("GET /guide.xml "))
+                asked = head;
+        QVERIFY2(asked.contains("\r\nIf-None-Match: \"v1\"\r\n"), asked.constData());
+        QTRY_COMPARE(guide.statusName(), u"partial"_s);
+        QCOMPARE(secondLine(0), u"Late News"_s);
+    }
+
+    void guideFaultsNeverHoldUpTheChannels_data()
+    {
+        QTest::addColumn<TestHttpReply>("reply");
+        QTest::addColumn<QString>("status");
+        QTest::addColumn<QString>("notice");
+        const QByteArray whole = guideAround(QDateTime::currentMSecsSinceEpoch() + 600'000);
+        const QString failed = PlayerTexts::guideFailed.toString();
+        QTest::newRow("cut after a programme")
+            << TestHttpReply::of(200, "OK", whole.left(whole.indexOf("</programme>") + 20))
+            << u"partial"_s << PlayerTexts::guidePartlyRead.toString();
+        TestHttpReply endless;
+        endless.endlessLength = 64 << 20;
+        QTest::newRow("an endless body")
+            << endless << u"failed"_s << failed.arg(u"The guide is larger than 1 MiB."_s);
+        TestHttpReply silent;
+        silent.neverAnswer = true;
+        QTest::newRow("never answers") << silent << u"failed"_s << failed.left(20);
+        QTest::newRow("a web page") << TestHttpReply::of(200, "OK", "<html><body>Sorry</body>")
+                                    << u"failed"_s << failed.left(20);
+    }
+
+    void guideFaultsNeverHoldUpTheChannels()
+    {
+        QFETCH(TestHttpReply, reply);
+        QFETCH(QString, status);
+        QFETCH(QString, notice);
+        m_server.route("/faulty.xml", reply);
+        m_server.route("/faulty.m3u", TestHttpReply::of(200, "OK",
+                                                        "#EXTM3U url-tvg=\"faulty.xml\"\n"
+                                                        "#EXTINF:-1 tvg-id=\"tagesschau.de\",A\n"
+                                                        "http://127.0.0.1:9/a.m3u8\n"));
+        ProgrammeGuide &guide = m_model->guide();
+        guide.setDownloadLimits({std::chrono::seconds(2), 1 << 20});
+        QStringList notices;
+        connect(m_model, &PlayerModel::toastMessageChanged, this, [&] {
+            if (m_model->toastMessage())
+                notices.append(*m_model->toastMessage());
+        });
+        m_model->openRemote(m_server.url(u"/faulty.m3u"_s), std::nullopt);
+        QTRY_COMPARE(state().networkChannels().filteredCount(), 1);
+        QTRY_COMPARE_WITH_TIMEOUT(guide.statusName(), status, 10000);
+        QTest::qWait(300);
+        QCOMPARE(notices.size(), 1);
+        QVERIFY2(notices.constFirst().startsWith(notice), qPrintable(notices.constFirst()));
+        QCOMPARE(state().networkChannels().filteredCount(), 1);
+    }
+
     void droppedFilesPlayAndTheWindowTakesTheirShape()
     {
         const QString file = testMedia(u"columns.mp4"_s);
@@ -731,6 +882,10 @@ void tst_ContentView::clickRowAction(ChannelListView *list, int row, ChannelRowA
 
 int main(int argc, char **argv)
 {
+    // The clock's zone is set so that it is about noon here: the rest of the day is long, and
+    // what the guide shows does not depend on when the test runs.
+    const int utcHour = QDateTime::currentDateTimeUtc().time().hour();
+    qputenv("TZ", QByteArray("VLM") + QByteArray::number(utcHour - 12));
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     QApplication application(argc, argv);
     tst_ContentView test;

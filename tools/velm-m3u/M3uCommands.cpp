@@ -102,7 +102,7 @@ Playlist readPlaylist(const QString &path, const WebAddress &base)
     // without its size limit.
     PlaylistReadResult result = PlaylistReader::readDevice(
         file, base.isNull() ? WebAddress::fromLocalFile(QFileInfo(path).absoluteFilePath()) : base,
-        std::numeric_limits<qint64>::max());
+        std::numeric_limits<qint64>::max(), PlaylistReader::Guides::dropped);
     if (!result.succeeded())
         return {{},
                 fail(result.failure == localizedDescription(PlaylistError::empty) ? exitNoEntries

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "Playlist/ChannelGuideKey.h"
+#include "Playlist/PlaylistTextDecoder.h"
+
+#include <QByteArray>
+#include <QByteArrayView>
+#include <QList>
+
+#include <optional>
+
+// The guide keys of every channel of a playlist, in the channels' order, kept as the playlist's
+// own bytes in one block: a list of 100,000 channels costs two allocations rather than 200,000
+// strings made, and later freed, while the channels load. A key is decoded when a guide is read.
+// Pure; copies share their bytes.
+class ChannelGuideKeys
+{
+public:
+    ChannelGuideKeys() = default;
+    ChannelGuideKeys(PlaylistTextDecoder::Encoding encoding, qsizetype capacity);
+
+    // The next channel's tvg-id and tvg-name attribute values, in the playlist's encoding.
+    void append(std::optional<QByteArrayView> tvgID, std::optional<QByteArrayView> tvgName);
+
+    qsizetype size() const { return m_ends.size() / 2; }
+    // The keys of channel i, decoded; empty ones past the end.
+    ChannelGuideKey at(qsizetype i) const;
+    QList<ChannelGuideKey> toList() const;
+
+private:
+    QString text(qsizetype from, qsizetype to) const;
+
+    PlaylistTextDecoder::Encoding m_encoding = PlaylistTextDecoder::Encoding::utf8;
+    QByteArray m_bytes;
+    QList<qsizetype> m_ends; // per channel: where its id ends, then where its name ends
+};
