@@ -3,7 +3,6 @@
 
 #include "TestData.h"
 
-#include <QSet>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -135,34 +134,6 @@ private Q_SLOTS:
         const std::optional<QList<PlaylistEntry>> decoded = PlaylistJson::decodeList(json);
         QCOMPARE(decoded ? int(decoded->size()) : -1, count);
         QCOMPARE(decoded, PlaylistJson::decodeDocument(json));
-    }
-
-    void equalityAndHashCoverEveryField()
-    {
-        const PlaylistEntry base = fullEntry();
-        QList<PlaylistEntry> variants;
-        const auto vary = [&](auto change) {
-            PlaylistEntry entry = base;
-            change(entry);
-            variants.append(entry);
-        };
-        vary([](PlaylistEntry &e) { e.id = QUuid::createUuid(); });
-        vary([](PlaylistEntry &e) { e.name += u'!'; });
-        vary([](PlaylistEntry &e) { e.url = *WebAddress::fromText(u"HTTPS://h/p?q=1"); });
-        vary([](PlaylistEntry &e) { e.logoURL.reset(); });
-        vary([](PlaylistEntry &e) { e.groupTitle = QString(); }); // present but empty
-        vary([](PlaylistEntry &e) { e.groupTitle.reset(); });
-        vary([](PlaylistEntry &e) { e.countryCode = u"gb"_s; });
-
-        QSet<PlaylistEntry> set{base};
-        for (const PlaylistEntry &variant : variants) {
-            QVERIFY(variant != base);
-            set.insert(variant);
-        }
-        QCOMPARE(set.size(), variants.size() + 1);
-        PlaylistEntry copy = base;
-        QCOMPARE(copy, base);
-        QCOMPARE(qHash(copy), qHash(base));
     }
 };
 
