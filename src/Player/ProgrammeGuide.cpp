@@ -117,7 +117,19 @@ void ProgrammeGuide::setPlaylist(const QList<PlaylistEntry> &entries, const Chan
     m_entries = entries;
     m_keys = keys;
     m_headerGuides = headerGuides;
+    dropSchedule();
     load(false);
+}
+
+void ProgrammeGuide::dropSchedule()
+{
+    m_clock.stop();
+    if (m_schedule.isEmpty())
+        return;
+    // A schedule of thousands of channels is let go of on a worker thread.
+    QThreadPool::globalInstance()->start([doomed = std::move(m_schedule)] { Q_UNUSED(doomed); });
+    m_schedule = {};
+    Q_EMIT scheduleChanged();
 }
 
 void ProgrammeGuide::refresh()
@@ -143,14 +155,6 @@ void ProgrammeGuide::load(bool force)
     for (const QPointer<GuideDownload> &download : std::as_const(m_downloads))
         delete download.data();
     m_downloads.clear();
-    m_clock.stop();
-    if (!m_schedule.isEmpty()) {
-        // A schedule of thousands of channels is let go of on a worker thread.
-        QThreadPool::globalInstance()->start(
-            [doomed = std::move(m_schedule)] { Q_UNUSED(doomed); });
-        m_schedule = {};
-        Q_EMIT scheduleChanged();
-    }
 
     QList<WebAddress> guides;
     if (m_userGuide)
@@ -160,6 +164,7 @@ void ProgrammeGuide::load(bool force)
             guides.append(guide);
     if (m_entries.isEmpty() || guides.isEmpty()) {
         m_refreshTimer.stop();
+        dropSchedule();
         setStatus(Status::none);
         return;
     }
@@ -242,6 +247,7 @@ void ProgrammeGuide::publish(int generation, Reading reading)
 {
     if (generation != m_generation)
         return;
+    dropSchedule();
     m_schedule = std::move(reading.schedule);
     Q_EMIT scheduleChanged();
     armClock();

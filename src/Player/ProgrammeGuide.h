@@ -79,7 +79,9 @@ Q_SIGNALS:
 private:
     struct Reading;
 
+    // Reads the guides again; what is shown stays until the new reading replaces it.
     void load(bool force);
+    void dropSchedule();
     void downloaded(int generation, qsizetype index, const QString &path, const QString &failure);
     void read(int generation);
     void publish(int generation, Reading reading);

@@ -37,6 +37,11 @@ GuideDownload::~GuideDownload()
         m_reply->abort();
         m_reply->deleteLater();
     }
+    // A download given up half-way leaves nothing behind.
+    if (m_file.isOpen()) {
+        m_file.close();
+        m_file.remove();
+    }
 }
 
 QString GuideDownload::tooLargeDescription(qint64 limit)

@@ -13,9 +13,8 @@ struct GuideProgramme;
 struct PlaylistEntry;
 
 // Draws a channel row (logo, name, metadata line or the programme on now with its progress, the
-// playing mark and the row's buttons) and
-// turns clicks on its buttons into actions. Rows are drawn, not made of widgets, so a list of a
-// million channels costs only the rows on screen.
+// playing mark and the row's buttons) and turns clicks on its buttons into actions. Rows are
+// drawn, not made of widgets, so a list of a million channels costs only the rows on screen.
 class ChannelRowDelegate : public QStyledItemDelegate
 {
     Q_OBJECT

@@ -715,6 +715,9 @@ private Q_SLOTS:
         QTRY_COMPARE(guide.statusName(), u"partial"_s);
         QCOMPARE(m_server.requestCount("/guide.xml"), 1);
         guide.refresh();
+        // While it asks, the rows go on showing what they showed.
+        QCOMPARE(guide.statusName(), u"loading"_s);
+        QCOMPARE(secondLine(0), u"Late News"_s);
         QTRY_COMPARE(m_server.requestCount("/guide.xml"), 2);
         QByteArray asked;
         for (const QByteArray &head : m_server.requestHeads())
