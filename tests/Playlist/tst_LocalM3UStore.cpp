@@ -526,7 +526,6 @@ private Q_SLOTS:
         QCOMPARE(QDir(folder.path()).entryList(QDir::Files), QStringList{u"list.m3u"_s});
         QCOMPARE(reopened(store).size(), 2000);
     }
-
 };
 
 // Run with VELM_ALTERNATE_WRITER="SMALL|LARGE", the test program is the writer that
