@@ -137,12 +137,18 @@ private:
 
     void readProgramme()
     {
-        const QXmlStreamAttributes attributes = m_xml.attributes();
-        const QList<int> &keys = keysOfChannel(attributes.value(QLatin1StringView("channel")));
-        const std::optional<qint64> start = parseTime(attributes.value(QLatin1StringView("start")));
-        const QStringView stopText = attributes.value(QLatin1StringView("stop"));
-        const std::optional<qint64> stop =
-            stopText.isEmpty() ? std::optional(unknownStop) : parseTime(stopText);
+        std::optional<qint64> start;
+        std::optional<qint64> stop;
+        {
+            // Let go of the attributes before the reader moves on: while they are shared, its
+            // next element would copy them, once for each of a guide's programmes.
+            const QXmlStreamAttributes attributes = m_xml.attributes();
+            keysOfChannel(attributes.value(QLatin1StringView("channel")));
+            start = parseTime(attributes.value(QLatin1StringView("start")));
+            const QStringView stopText = attributes.value(QLatin1StringView("stop"));
+            stop = stopText.isEmpty() ? std::optional(unknownStop) : parseTime(stopText);
+        }
+        const QList<int> &keys = m_lastKeys;
         // Unknown channels, programmes out of the window and wrong times are passed over.
         if (keys.isEmpty() || !start || !stop || *start >= m_reader.m_windowEnd ||
             (*stop != unknownStop && (*stop <= *start || *stop <= m_reader.m_windowStart))) {
@@ -163,8 +169,13 @@ private:
             else
                 m_xml.skipCurrentElement();
         }
-        for (int key : keys)
-            m_result.programmes[key].append(programme);
+        for (qsizetype i = 0; i < keys.size(); ++i) {
+            QList<GuideProgramme> &list = m_result.programmes[keys[i]];
+            if (i + 1 == keys.size())
+                list.append(std::move(programme));
+            else
+                list.append(programme);
+        }
     }
 
     // In order of start; a programme without a stop ends where the next one starts, and one that
@@ -174,8 +185,10 @@ private:
         m_result.complete = error.isEmpty();
         m_result.error = error;
         for (QList<GuideProgramme> &programmes : m_result.programmes) {
-            std::stable_sort(programmes.begin(), programmes.end(),
-                             [](const auto &a, const auto &b) { return a.start < b.start; });
+            // Guides list a channel's programmes in order as a rule; sorting is for the others.
+            const auto byStart = [](const auto &a, const auto &b) { return a.start < b.start; };
+            if (!std::is_sorted(programmes.cbegin(), programmes.cend(), byStart))
+                std::stable_sort(programmes.begin(), programmes.end(), byStart);
             for (qsizetype i = 0; i < programmes.size(); ++i) {
                 if (programmes[i].stop == unknownStop)
                     programmes[i].stop =
