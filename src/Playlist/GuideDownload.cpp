@@ -32,6 +32,11 @@ GuideDownload::GuideDownload(QNetworkAccessManager &network, GuideCache cache,
 
 GuideDownload::~GuideDownload()
 {
+    stop();
+}
+
+void GuideDownload::stop()
+{
     if (m_reply) {
         m_reply->disconnect(this);
         m_reply->abort();
@@ -127,15 +132,7 @@ void GuideDownload::finish(const QString &bodyPath, const QString &failure)
     if (m_done)
         return;
     m_done = true;
-    if (m_reply) {
-        m_reply->disconnect(this);
-        m_reply->abort();
-        m_reply->deleteLater();
-    }
-    if (m_file.isOpen()) {
-        m_file.close();
-        m_file.remove();
-    }
+    stop();
     Q_EMIT finished(bodyPath, failure);
     deleteLater();
 }

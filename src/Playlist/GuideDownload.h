@@ -48,6 +48,8 @@ private:
     void onMetaDataChanged();
     void onReadyRead();
     void onFinished();
+    // Ends the network request and removes a body not yet kept.
+    void stop();
     void finish(const QString &bodyPath, const QString &failure);
 
     GuideCache m_cache;
