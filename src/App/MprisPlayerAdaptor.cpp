@@ -47,14 +47,10 @@ QDBusObjectPath MprisPlayerAdaptor::trackId() const
 
 std::optional<QString> MprisPlayerAdaptor::channelLogo() const
 {
-    const std::optional<WebAddress> &playing = m_model.currentURL();
-    if (!playing)
+    const PlaylistEntry *playing = m_model.playingEntry();
+    if (!playing || !playing->logoURL)
         return std::nullopt;
-    for (const PlaylistEntry &entry : m_model.playlist()) {
-        if (entry.url == *playing)
-            return entry.logoURL ? std::optional(entry.logoURL->text()) : std::nullopt;
-    }
-    return std::nullopt;
+    return playing->logoURL->text();
 }
 
 QVariantMap MprisPlayerAdaptor::metadata() const

@@ -402,6 +402,12 @@ bool WebAddress::isLocalFile() const
     return scheme().compare(u"file", Qt::CaseInsensitive) == 0;
 }
 
+bool WebAddress::isWebAddress() const
+{
+    const QString lower = scheme().toLower();
+    return lower == u"http" || lower == u"https";
+}
+
 std::optional<QString> WebAddress::host() const
 {
     const auto authority = split(m_text).authority;

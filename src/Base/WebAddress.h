@@ -50,6 +50,8 @@ public:
     bool hasScheme() const;
     QString scheme() const;
     bool isLocalFile() const;
+    // Whether the scheme is http or https, in any letter case.
+    bool isWebAddress() const;
     // The decoded host name; nothing when there is no authority or its host is empty.
     // An IP literal is given without its brackets.
     std::optional<QString> host() const;

@@ -106,6 +106,16 @@ void PlayerModel::setPlaylist(QList<PlaylistEntry> playlist, const ChannelGuideK
     releaseInBackground(std::move(playlist));
 }
 
+const PlaylistEntry *PlayerModel::playingEntry() const
+{
+    if (!m_currentURL)
+        return nullptr;
+    const auto found =
+        std::find_if(m_playlist.cbegin(), m_playlist.cend(),
+                     [this](const PlaylistEntry &e) { return e.url == *m_currentURL; });
+    return found == m_playlist.cend() ? nullptr : &*found;
+}
+
 WebPlayerRegistry *PlayerModel::activeWebPlayer() const
 {
     if (m_youtubeContent)

@@ -82,6 +82,8 @@ public:
     const std::optional<QString> &playbackFailure() const { return m_playbackFailure; }
     bool isLoading() const { return m_isLoading; }
     const QList<PlaylistEntry> &playlist() const { return m_playlist; }
+    // The channel of the playlist that is playing, if any.
+    const PlaylistEntry *playingEntry() const;
     bool isPlaying() const { return m_isPlaying; }
     double currentTime() const { return m_currentTime; }
     double duration() const { return m_duration; }

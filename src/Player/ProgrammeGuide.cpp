@@ -23,10 +23,7 @@ constexpr qint64 clockTickMs = 60'000;
 std::optional<WebAddress> guideAddress(const QString &text)
 {
     const std::optional<WebAddress> address = WebAddress::fromText(text.trimmed());
-    if (!address)
-        return std::nullopt;
-    const QString scheme = address->scheme().toLower();
-    if (scheme != u"http" && scheme != u"https" && scheme != u"file")
+    if (!address || !(address->isWebAddress() || address->isLocalFile()))
         return std::nullopt;
     return address;
 }

@@ -28,10 +28,7 @@ bool RemoteAddress::isIPTVPlaylistURL(const WebAddress &url)
 RemoteTarget RemoteAddress::classify(QStringView text)
 {
     const std::optional<WebAddress> url = WebAddress::fromText(normalizedRemoteAddress(text));
-    if (!url)
-        return {};
-    const QString scheme = url->scheme().toLower();
-    if (scheme != u"http" && scheme != u"https")
+    if (!url || !url->isWebAddress())
         return {};
     if (auto youtube = YouTubeContent::fromUrl(*url))
         return {RemoteTarget::Kind::youtube, *url, std::move(youtube), {}, false};

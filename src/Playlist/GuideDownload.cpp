@@ -14,7 +14,6 @@ GuideDownload::GuideDownload(QNetworkAccessManager &network, GuideCache cache,
                              const WebAddress &address, Limits limits, bool force, QObject *parent)
     : QObject(parent), m_cache(std::move(cache)), m_address(address), m_limits(limits)
 {
-    const std::optional<GuideCache::Kept> kept = m_cache.find(address);
     if (address.isLocalFile()) {
         const QString path = address.toLocalFile();
         QTimer::singleShot(0, this, [this, path] {
@@ -23,6 +22,7 @@ GuideDownload::GuideDownload(QNetworkAccessManager &network, GuideCache cache,
         });
         return;
     }
+    const std::optional<GuideCache::Kept> kept = m_cache.find(address);
     if (kept && !force && kept->isFresh(QDateTime::currentDateTimeUtc())) {
         QTimer::singleShot(0, this, [this, path = kept->bodyPath] { finish(path, {}); });
         return;

@@ -17,22 +17,16 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-bool isWebAddress(const WebAddress &address)
-{
-    const QString scheme = address.scheme().toLower();
-    return scheme == u"http" || scheme == u"https";
-}
-
 // A list from the network may name logos and guides on the network only. Anything else would let
 // a web page make the player read the user's files, or a device that never ends
 // ("file:///dev/zero").
 void keepWebAddressesOnly(QList<PlaylistEntry> &entries, QList<WebAddress> &guides)
 {
     for (PlaylistEntry &entry : entries) {
-        if (entry.logoURL && !isWebAddress(*entry.logoURL))
+        if (entry.logoURL && !entry.logoURL->isWebAddress())
             entry.logoURL.reset();
     }
-    guides.removeIf([](const WebAddress &guide) { return !isWebAddress(guide); });
+    guides.removeIf([](const WebAddress &guide) { return !guide.isWebAddress(); });
 }
 
 // The bytes from the device's current position, at most limit of them, handed to readBlock in

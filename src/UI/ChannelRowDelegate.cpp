@@ -152,7 +152,7 @@ void ChannelRowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &op
     nameFont.setWeight(QFont::DemiBold);
     const qint64 time = ProgrammeGuide::now();
     const std::optional<GuideProgramme> onNow = m_model.guide().schedule().onAt(entry.id, time);
-    const QString metadata = secondLine(index, time);
+    const QString metadata = secondLineOf(onNow, index);
     const bool hasMetadata = !metadata.isEmpty();
     const QFontMetrics nameMetrics(nameFont);
     painter->setFont(nameFont);
@@ -211,11 +211,15 @@ void ChannelRowDelegate::paintLogo(QPainter *painter, const QRect &area,
 
 QString ChannelRowDelegate::secondLine(const QModelIndex &index, qint64 time) const
 {
-    // A channel with a guide shows what is on now in place of its metadata.
     const auto entry = index.data(ChannelListModel::EntryRole).value<PlaylistEntry>();
-    if (const std::optional<GuideProgramme> onNow = m_model.guide().schedule().onAt(entry.id, time))
-        return onNow->title;
-    return index.data(ChannelListModel::MetadataRole).toString();
+    return secondLineOf(m_model.guide().schedule().onAt(entry.id, time), index);
+}
+
+QString ChannelRowDelegate::secondLineOf(const std::optional<GuideProgramme> &onNow,
+                                         const QModelIndex &index)
+{
+    // A channel with a guide shows what is on now in place of its metadata.
+    return onNow ? onNow->title : index.data(ChannelListModel::MetadataRole).toString();
 }
 
 void ChannelRowDelegate::paintProgress(QPainter *painter, const QRect &track,

@@ -53,6 +53,8 @@ private:
     std::optional<ChannelRowAction> actionAt(const QRect &row, const QPoint &point) const;
     QString symbolOf(ChannelRowAction action, const PlaylistEntry &entry) const;
     void paintLogo(QPainter *painter, const QRect &area, const PlaylistEntry &entry) const;
+    static QString secondLineOf(const std::optional<GuideProgramme> &onNow,
+                                const QModelIndex &index);
     // How far the programme has come at the time, as a thin bar.
     void paintProgress(QPainter *painter, const QRect &track, const GuideProgramme &programme,
                        qint64 time) const;

@@ -86,10 +86,7 @@ void ContentState::scheduleAutomaticOpen(const QString &text)
     m_autoOpen.stop();
     const QString normalized = RemoteAddress::normalizedRemoteAddress(text);
     const std::optional<WebAddress> url = WebAddress::fromText(normalized);
-    if (!url)
-        return;
-    const QString scheme = url->scheme().toLower();
-    if (scheme != u"http" && scheme != u"https")
+    if (!url || !url->isWebAddress())
         return;
     m_autoOpenAddress = normalized;
     m_autoOpen.start();

@@ -33,15 +33,8 @@ GuideNowNextView::GuideNowNextView(PlayerModel &model, QWidget *parent)
 
 void GuideNowNextView::findPlayingChannel()
 {
-    m_channel.reset();
-    if (const std::optional<WebAddress> &playing = m_model.currentURL()) {
-        for (const PlaylistEntry &entry : m_model.playlist()) {
-            if (entry.url == *playing) {
-                m_channel = entry.id;
-                break;
-            }
-        }
-    }
+    const PlaylistEntry *playing = m_model.playingEntry();
+    m_channel = playing ? std::optional(playing->id) : std::nullopt;
     refresh();
 }
 

@@ -124,8 +124,7 @@ void LinkEditorDialog::trySave()
     if (m_name->text().trimmed().isEmpty())
         return refuse(WindowTexts::nameRequired);
     const std::optional<WebAddress> url = WebAddress::fromText(m_url->text().trimmed());
-    const QString scheme = url ? url->scheme().toLower() : QString();
-    if (!url || (scheme != u"http" && scheme != u"https") || !url->host())
+    if (!url || !url->isWebAddress() || !url->host())
         return refuse(WindowTexts::validURLRequired);
     m_refusal->hide();
     std::optional<QString> country = trimmedText(m_country->text());

@@ -162,9 +162,8 @@ std::optional<PlaylistEntry> NetworkPanel::guideChannel() const
     const QModelIndex selected = channelList()->currentIndex();
     if (selected.isValid())
         return m_state.networkChannels().entryAt(selected.row());
-    for (const PlaylistEntry &entry : m_model.playlist())
-        if (entry.url == m_model.currentURL())
-            return entry;
+    if (const PlaylistEntry *playing = m_model.playingEntry())
+        return *playing;
     return std::nullopt;
 }
 
