@@ -6,7 +6,7 @@ VELM_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 VELM_BUILD=${VELM_BUILD:-$VELM_ROOT/build}
 VELM_BUILD_PACKAGES="cmake ninja-build g++ pkg-config qt6-base-dev libqt6opengl6-dev qt6-svg-dev
     qt6-webengine-dev libmpv-dev libavformat-dev libavcodec-dev libswscale-dev libswresample-dev
-    libavutil-dev libpulse-dev libopencv-dnn-dev libopencv-imgproc-dev zlib1g-dev
+    libavutil-dev libpulse-dev libopencv-dnn-dev libopencv-imgproc-dev zlib1g-dev libexpat1-dev
     libopencv-objdetect-dev"
 
 velm_missing_packages() {

@@ -4,83 +4,336 @@
 
 #include <QIODevice>
 #include <QSet>
-#include <QXmlStreamReader>
+#include <QStringDecoder>
 
 #include <algorithm>
+#include <cstring>
+#include <limits>
+
+#include <expat.h>
 
 namespace {
 
-// Cancellation is looked at every this many elements.
-constexpr int cancelCheckInterval = 4096;
+// Read and parsed a block at a time; cancellation is looked at between blocks.
+constexpr qint64 blockSize = 256 * 1024;
+// The start of a guide searched for its XML declaration.
+constexpr qint64 declarationSize = 1024;
 constexpr qint64 unknownStop = -1;
+// No time a guide can write comes near the smallest number.
+constexpr qint64 wrongTime = std::numeric_limits<qint64>::min();
+// A text is gathered up to this many bytes for each character kept: no UTF-8 character takes more
+// than three bytes for one UTF-16 unit. Anything beyond is cut in any case.
+constexpr qsizetype bytesPerUnit = 3;
+// Display names are never cut, but one longer than this names no channel of a list.
+constexpr qsizetype maxNameBytes = 4096;
 
 QString folded(const QString &text)
 {
     return text.trimmed().toCaseFolded();
 }
 
-// Times are short and plain ASCII: read from a buffer on the stack, not a fresh allocation.
-std::optional<qint64> parseTime(QStringView text)
+// The text trimmed and cut to length (an ellipsis in place of the rest); cut: the text gathered
+// was already shortened, so that it is longer than length in any case.
+QString capped(const QByteArray &utf8, qsizetype length, bool cut)
 {
-    char ascii[40];
-    if (text.size() > qsizetype(sizeof ascii))
-        return std::nullopt;
-    for (qsizetype i = 0; i < text.size(); ++i)
-        ascii[i] = text[i].unicode() < 128 ? char(text[i].unicode()) : '?';
-    return XmltvTime::parse(QByteArrayView(ascii, text.size()));
-}
-
-QString capped(QString text, qsizetype length)
-{
-    text = text.trimmed();
-    if (text.size() > length)
+    QString text = QString::fromUtf8(utf8).trimmed();
+    if (cut || text.size() > length)
         text = text.left(length - 1).trimmed() + QChar(0x2026);
     return text;
 }
 
+bool isXmlSpace(char c)
+{
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+}
+
+// The encoding an XML declaration at the head names, or nothing. Only an ASCII-compatible head is
+// looked at: a byte order mark or UTF-16 are told by the parser itself.
+QByteArray declaredEncoding(QByteArrayView head)
+{
+    if (head.startsWith("\xEF\xBB\xBF"))
+        head = head.sliced(3);
+    if (!head.startsWith("<?xml"))
+        return {};
+    if (const qsizetype close = head.indexOf("?>"); close >= 0)
+        head = head.first(close);
+    const qsizetype at = head.indexOf("encoding");
+    if (at < 0)
+        return {};
+    qsizetype i = at + qsizetype(std::strlen("encoding"));
+    while (i < head.size() && (isXmlSpace(head[i]) || head[i] == '='))
+        ++i;
+    if (i >= head.size() || (head[i] != '"' && head[i] != '\''))
+        return {};
+    const qsizetype end = head.indexOf(head[i], i + 1);
+    return end < 0 ? QByteArray() : head.sliced(i + 1, end - i - 1).toByteArray();
+}
+
+// Encodings the parser reads itself; any other is turned into UTF-8 before it.
+bool parserReads(const QByteArray &encoding)
+{
+    for (const char *known : {"", "utf-8", "us-ascii", "iso-8859-1", "utf-16"}) {
+        if (encoding.compare(known, Qt::CaseInsensitive) == 0)
+            return true;
+    }
+    return false;
+}
+
+bool named(const XML_Char *name, const char *wanted)
+{
+    return std::strcmp(name, wanted) == 0;
+}
+
 } // namespace
 
-// One pass over one guide.
+// One pass over one guide, fed to expat a block at a time. Expat's callbacks keep a small state:
+// whether a channel or a programme is open and which of its texts is being gathered.
 class GuideReader::Run
 {
 public:
-    Run(const GuideReader &reader, QIODevice &device) : m_reader(reader), m_xml(&device)
+    explicit Run(const GuideReader &reader) : m_reader(reader)
     {
         m_result.programmes.resize(reader.m_channelCount);
     }
 
-    Result read(const std::atomic_bool *cancelled)
+    ~Run()
     {
-        int untilCheck = cancelCheckInterval;
-        while (!m_xml.atEnd()) {
-            if (m_xml.readNext() != QXmlStreamReader::StartElement)
-                continue;
-            if (--untilCheck == 0) {
-                untilCheck = cancelCheckInterval;
-                if (cancelled && cancelled->load())
-                    return finish(QStringLiteral("cancelled"));
-            }
-            if (m_xml.name() == u"channel")
-                readChannel();
-            else if (m_xml.name() == u"programme")
-                readProgramme();
+        if (m_parser)
+            XML_ParserFree(m_parser);
+    }
+
+    Result read(QIODevice &device, const std::atomic_bool *cancelled)
+    {
+        const QByteArray encoding = declaredEncoding(device.peek(declarationSize));
+        std::optional<QStringDecoder> decoder;
+        if (!parserReads(encoding)) {
+            decoder.emplace(encoding.constData());
+            if (!decoder->isValid())
+                return finish(QStringLiteral("the guide's encoding %1 is not known")
+                                  .arg(QString::fromLatin1(encoding)));
         }
-        return finish(m_xml.hasError() ? m_xml.errorString() : QString());
+        // Told UTF-8 up front, the parser reads what the decoder turned into UTF-8 whatever the
+        // declaration says.
+        m_parser = XML_ParserCreate(decoder ? "UTF-8" : nullptr);
+        if (!m_parser)
+            return finish(QStringLiteral("out of memory"));
+        XML_SetUserData(m_parser, this);
+        XML_SetElementHandler(m_parser, &Run::started, &Run::ended);
+        XML_SetCharacterDataHandler(m_parser, &Run::gathered);
+        for (;;) {
+            if (cancelled && cancelled->load())
+                return finish(QStringLiteral("cancelled"));
+            const bool parsed = decoder ? parseDecoded(device, *decoder) : parseBlock(device);
+            if (!parsed)
+                return finish(
+                    QStringLiteral("%1 (line %2)")
+                        .arg(QString::fromUtf8(XML_ErrorString(XML_GetErrorCode(m_parser))))
+                        .arg(XML_GetCurrentLineNumber(m_parser)));
+            if (m_ended)
+                return finish({});
+        }
     }
 
 private:
-    void readChannel()
+    enum class Item
     {
-        const QString id = folded(m_xml.attributes().value(QLatin1StringView("id")).toString());
-        QStringList names;
-        while (m_xml.readNextStartElement()) {
-            if (m_xml.name() == u"display-name")
-                names.append(folded(m_xml.readElementText()));
-            else
-                m_xml.skipCurrentElement();
+        none,
+        channel,
+        programme,
+        skipped
+    };
+    enum class Field
+    {
+        none,
+        displayName,
+        title,
+        subTitle,
+        description,
+        category
+    };
+
+    // Reads into the parser's own buffer, so the bytes are not copied on the way.
+    bool parseBlock(QIODevice &device)
+    {
+        void *buffer = XML_GetBuffer(m_parser, int(blockSize));
+        if (!buffer)
+            return false;
+        const qint64 count = device.read(static_cast<char *>(buffer), blockSize);
+        m_ended = count <= 0;
+        return XML_ParseBuffer(m_parser, int(std::max<qint64>(count, 0)), m_ended) !=
+               XML_STATUS_ERROR;
+    }
+
+    bool parseDecoded(QIODevice &device, QStringDecoder &decoder)
+    {
+        const QByteArray block = device.read(blockSize);
+        m_ended = block.isEmpty();
+        const QString decoded = decoder(block);
+        const QByteArray utf8 = decoded.toUtf8();
+        return XML_Parse(m_parser, utf8.constData(), int(utf8.size()), m_ended) != XML_STATUS_ERROR;
+    }
+
+    static void XMLCALL started(void *self, const XML_Char *name, const XML_Char **attributes)
+    {
+        static_cast<Run *>(self)->start(name, attributes);
+    }
+
+    static void XMLCALL ended(void *self, const XML_Char *) { static_cast<Run *>(self)->end(); }
+
+    static void XMLCALL gathered(void *self, const XML_Char *text, int length)
+    {
+        static_cast<Run *>(self)->gather(text, length);
+    }
+
+    void start(const XML_Char *name, const XML_Char **attributes)
+    {
+        ++m_depth;
+        if (m_item == Item::none) {
+            if (named(name, "channel"))
+                openChannel(attributes);
+            else if (named(name, "programme"))
+                openProgramme(attributes);
+        } else if (m_depth == m_itemDepth + 1 && m_field == Field::none) {
+            openField(name);
         }
-        if (!id.isEmpty())
-            m_declared.append({id, names});
+    }
+
+    void end()
+    {
+        if (m_field != Field::none && m_depth == m_itemDepth + 1)
+            closeField();
+        else if (m_item != Item::none && m_depth == m_itemDepth)
+            closeItem();
+        --m_depth;
+    }
+
+    // The text of a field and of anything inside it, up to what can be kept.
+    void gather(const XML_Char *text, int length)
+    {
+        if (m_field == Field::none)
+            return;
+        // Leading blanks are trimmed in any case; dropping them here keeps them out of the limit.
+        if (m_text.isEmpty()) {
+            while (length > 0 && isXmlSpace(*text)) {
+                ++text;
+                --length;
+            }
+        }
+        const qsizetype room = m_textLimit - m_text.size();
+        if (length > room)
+            m_textCut = true;
+        m_text.append(text, std::min<qsizetype>(length, room));
+    }
+
+    static const XML_Char *attribute(const XML_Char **attributes, const char *name)
+    {
+        for (; attributes[0]; attributes += 2) {
+            if (named(attributes[0], name))
+                return attributes[1];
+        }
+        return nullptr;
+    }
+
+    void openChannel(const XML_Char **attributes)
+    {
+        m_item = Item::channel;
+        m_itemDepth = m_depth;
+        const XML_Char *id = attribute(attributes, "id");
+        m_declaring = {folded(QString::fromUtf8(id ? id : "")), {}};
+    }
+
+    void openProgramme(const XML_Char **attributes)
+    {
+        m_itemDepth = m_depth;
+        const XML_Char *channel = attribute(attributes, "channel");
+        const XML_Char *startText = attribute(attributes, "start");
+        const XML_Char *stopText = attribute(attributes, "stop");
+        keysOfChannel(channel ? channel : "");
+        const qint64 start =
+            startText ? XmltvTime::parse(startText).value_or(wrongTime) : wrongTime;
+        const qint64 stop =
+            !stopText || !*stopText ? unknownStop : XmltvTime::parse(stopText).value_or(wrongTime);
+        // Unknown channels, programmes out of the window and wrong times are passed over.
+        if (m_lastKeys.isEmpty() || start == wrongTime || stop == wrongTime ||
+            start >= m_reader.m_windowEnd ||
+            (stop != unknownStop && (stop <= start || stop <= m_reader.m_windowStart))) {
+            m_item = Item::skipped;
+            return;
+        }
+        m_item = Item::programme;
+        m_programme = GuideProgramme{start, stop, {}, {}, {}, {}};
+    }
+
+    void openField(const XML_Char *name)
+    {
+        if (m_item == Item::channel) {
+            if (named(name, "display-name"))
+                openField(Field::displayName, maxNameBytes);
+        } else if (m_item == Item::programme) {
+            // The first of each kind counts.
+            if (named(name, "title") && m_programme.title.isEmpty())
+                openField(Field::title, maxTitleLength * bytesPerUnit);
+            else if (named(name, "sub-title") && m_programme.subTitle.isEmpty())
+                openField(Field::subTitle, maxTitleLength * bytesPerUnit);
+            else if (named(name, "desc") && m_programme.description.isEmpty())
+                openField(Field::description, maxDescriptionLength * bytesPerUnit);
+            else if (named(name, "category") && m_programme.category.isEmpty())
+                openField(Field::category, maxTitleLength * bytesPerUnit);
+        }
+    }
+
+    void openField(Field field, qsizetype limit)
+    {
+        m_field = field;
+        m_textLimit = limit;
+        m_textCut = false;
+        m_text.clear();
+    }
+
+    void closeField()
+    {
+        switch (m_field) {
+        case Field::displayName:
+            if (!m_textCut)
+                m_declaring.names.append(folded(QString::fromUtf8(m_text)));
+            break;
+        case Field::title:
+            m_programme.title = capped(m_text, maxTitleLength, m_textCut);
+            break;
+        case Field::subTitle:
+            m_programme.subTitle = capped(m_text, maxTitleLength, m_textCut);
+            break;
+        case Field::description:
+            m_programme.description = capped(m_text, maxDescriptionLength, m_textCut);
+            break;
+        case Field::category:
+            m_programme.category = capped(m_text, maxTitleLength, m_textCut);
+            break;
+        case Field::none:
+            break;
+        }
+        m_field = Field::none;
+    }
+
+    void closeItem()
+    {
+        if (m_item == Item::channel && !m_declaring.id.isEmpty())
+            m_declared.append(std::move(m_declaring));
+        else if (m_item == Item::programme)
+            keepProgramme();
+        m_item = Item::none;
+    }
+
+    void keepProgramme()
+    {
+        const QList<int> &keys = m_lastKeys;
+        for (qsizetype i = 0; i < keys.size(); ++i) {
+            QList<GuideProgramme> &list = m_result.programmes[keys[i]];
+            if (i + 1 == keys.size())
+                list.append(std::move(m_programme));
+            else
+                list.append(m_programme);
+        }
     }
 
     // Channels are declared before programmes; the first programme settles who is whom.
@@ -126,55 +379,11 @@ private:
 
     // A guide lists each channel's programmes together: the channel looked up last is most
     // likely the next one's too.
-    const QList<int> &keysOfChannel(QStringView written)
+    void keysOfChannel(const char *written)
     {
-        if (written != m_lastChannel) {
-            m_lastChannel = written.toString();
-            m_lastKeys = keysOf(folded(m_lastChannel));
-        }
-        return m_lastKeys;
-    }
-
-    void readProgramme()
-    {
-        std::optional<qint64> start;
-        std::optional<qint64> stop;
-        {
-            // Let go of the attributes before the reader moves on: while they are shared, its
-            // next element would copy them, once for each of a guide's programmes.
-            const QXmlStreamAttributes attributes = m_xml.attributes();
-            keysOfChannel(attributes.value(QLatin1StringView("channel")));
-            start = parseTime(attributes.value(QLatin1StringView("start")));
-            const QStringView stopText = attributes.value(QLatin1StringView("stop"));
-            stop = stopText.isEmpty() ? std::optional(unknownStop) : parseTime(stopText);
-        }
-        const QList<int> &keys = m_lastKeys;
-        // Unknown channels, programmes out of the window and wrong times are passed over.
-        if (keys.isEmpty() || !start || !stop || *start >= m_reader.m_windowEnd ||
-            (*stop != unknownStop && (*stop <= *start || *stop <= m_reader.m_windowStart))) {
-            m_xml.skipCurrentElement();
-            return;
-        }
-        GuideProgramme programme{*start, *stop, {}, {}, {}, {}};
-        while (m_xml.readNextStartElement()) {
-            const QStringView name = m_xml.name();
-            if (name == u"title" && programme.title.isEmpty())
-                programme.title = capped(m_xml.readElementText(), maxTitleLength);
-            else if (name == u"sub-title" && programme.subTitle.isEmpty())
-                programme.subTitle = capped(m_xml.readElementText(), maxTitleLength);
-            else if (name == u"desc" && programme.description.isEmpty())
-                programme.description = capped(m_xml.readElementText(), maxDescriptionLength);
-            else if (name == u"category" && programme.category.isEmpty())
-                programme.category = capped(m_xml.readElementText(), maxTitleLength);
-            else
-                m_xml.skipCurrentElement();
-        }
-        for (qsizetype i = 0; i < keys.size(); ++i) {
-            QList<GuideProgramme> &list = m_result.programmes[keys[i]];
-            if (i + 1 == keys.size())
-                list.append(std::move(programme));
-            else
-                list.append(programme);
+        if (m_lastChannel != written) {
+            m_lastChannel = written;
+            m_lastKeys = keysOf(folded(QString::fromUtf8(m_lastChannel)));
         }
     }
 
@@ -209,10 +418,22 @@ private:
     };
 
     const GuideReader &m_reader;
-    QXmlStreamReader m_xml;
+    XML_Parser m_parser = nullptr;
+    bool m_ended = false;
     Result m_result;
+
+    int m_depth = 0;
+    Item m_item = Item::none;
+    int m_itemDepth = 0;
+    Field m_field = Field::none;
+    QByteArray m_text;
+    qsizetype m_textLimit = 0;
+    bool m_textCut = false;
+    Declared m_declaring;
+    GuideProgramme m_programme;
+
     QList<Declared> m_declared;
-    QString m_lastChannel;
+    QByteArray m_lastChannel;
     QList<int> m_lastKeys;
     bool m_settled = false;
     QHash<QString, QList<int>> m_keys; // the list's channels of each guide channel
@@ -237,5 +458,5 @@ GuideReader::GuideReader(const QList<Channel> &channels, qint64 windowStart, qin
 
 GuideReader::Result GuideReader::read(QIODevice &device, const std::atomic_bool *cancelled)
 {
-    return Run(*this, device).read(cancelled);
+    return Run(*this).read(device, cancelled);
 }

@@ -7,6 +7,7 @@
 
 #include <QBuffer>
 #include <QDateTime>
+#include <QStringEncoder>
 #include <QTest>
 
 #include <zlib.h>
@@ -274,6 +275,55 @@ private Q_SLOTS:
         QCOMPARE(titles(result.programmes.value(0)), kept);
         for (const GuideProgramme &programme : result.programmes.value(0))
             QVERIFY(programme.description.size() <= GuideReader::maxDescriptionLength);
+    }
+
+    void readsTheEncodingAGuideDeclares_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("title"); // empty: the guide cannot be read
+
+        const auto guideIn = [](const QByteArray &declaration, const QByteArray &title) {
+            return declaration +
+                   "<tv><programme start=\"20261123180000 +0000\" stop=\"20261123190000 +0000\" "
+                   "channel=\"bbc1.uk\"><title>" +
+                   title + "</title></programme></tv>";
+        };
+        QTest::newRow("windows-1252")
+            << guideIn("<?xml version=\"1.0\" encoding=\"windows-1252\"?>", "Caf\xE9 \x80 5")
+            << u"Caf\u00E9 \u20AC 5"_s;
+        QTest::newRow("ISO-8859-1")
+            << guideIn("<?xml version='1.0' encoding='ISO-8859-1'?>", "Caf\xE9 \x80 5")
+            << u"Caf\u00E9 \u0080 5"_s;
+        QTest::newRow("UTF-8 with a byte order mark")
+            << guideIn("\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"utf-8\"?>", "Caf\xC3\xA9")
+            << u"Caf\u00E9"_s;
+        QStringEncoder toUtf16(QStringConverter::Utf16LE, QStringEncoder::Flag::WriteBom);
+        QTest::newRow("UTF-16") << QByteArray(toUtf16(QString::fromUtf8(
+                                       guideIn("<?xml version=\"1.0\" encoding=\"UTF-16\"?>",
+                                               "\xE7\x95\xAA\xE7\xB5\x84"))))
+                                << u"\u756A\u7D44"_s;
+        // Two bytes a character, and the 51st split between the first two blocks of 256 KiB.
+        const QByteArray declaration = "<?xml version=\"1.0\" encoding=\"Shift_JIS\"?>";
+        const qsizetype titleAt = guideIn(declaration, {}).indexOf("</title>");
+        const QByteArray padding(256 * 1024 - 101 - titleAt, ' ');
+        QByteArray shiftJis;
+        for (int i = 0; i < 60; ++i)
+            shiftJis += "\x94\xD4\x91\x67";
+        QTest::newRow("Shift_JIS, across blocks")
+            << guideIn(declaration + padding, shiftJis) << QString(u"\u756A\u7D44"_s).repeated(60);
+        QTest::newRow("an encoding nobody knows")
+            << guideIn("<?xml version=\"1.0\" encoding=\"x-no-such\"?>", "A") << QString();
+    }
+
+    void readsTheEncodingAGuideDeclares()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, title);
+        const GuideReader::Result result = read(bytes, {{u"bbc1.uk"_s, {}, {}}});
+        QCOMPARE(titles(result.programmes.value(0)),
+                 title.isEmpty() ? QStringList() : QStringList{title});
+        QCOMPARE(result.complete, !title.isEmpty());
+        QCOMPARE(result.error.isEmpty(), !title.isEmpty());
     }
 
     void readsCompressedGuides_data()
