@@ -200,14 +200,22 @@ void ProgrammeGuide::read(int generation)
         m_readers, this,
         [entries = m_entries, keys = m_keys, fetched = m_fetched, from, until,
          cancelled = m_cancelled] {
-            QList<GuideReader::Channel> channels;
-            channels.reserve(entries.size());
-            for (qsizetype i = 0; i < entries.size(); ++i) {
-                const ChannelGuideKey key = keys.at(i);
-                channels.append({key.tvgID, key.tvgName, entries[i].name});
-            }
+            // The channels are indexed for the first guide there is: when every download failed,
+            // as when a list names a guide that is gone, that work is not done at all.
+            std::optional<GuideReader> reader;
+            const auto readerOfChannels = [&]() -> const GuideReader & {
+                if (!reader) {
+                    QList<GuideReader::Channel> channels;
+                    channels.reserve(entries.size());
+                    for (qsizetype i = 0; i < entries.size(); ++i) {
+                        const ChannelGuideKey key = keys.at(i);
+                        channels.append({key.tvgID, key.tvgName, entries[i].name});
+                    }
+                    reader.emplace(channels, from, until);
+                }
+                return *reader;
+            };
             Reading reading{GuideSchedule(entries), 0, {}};
-            const GuideReader reader(channels, from, until);
             for (const auto &[path, failure] : fetched) {
                 if (path.isEmpty()) {
                     if (reading.problem.isEmpty())
@@ -222,7 +230,8 @@ void ProgrammeGuide::read(int generation)
                 }
                 InflatingDevice guide(file, maxInflatedBytes);
                 guide.open(QIODevice::ReadOnly);
-                GuideReader::Result result = GuideReader(reader).read(guide, cancelled.get());
+                GuideReader::Result result =
+                    GuideReader(readerOfChannels()).read(guide, cancelled.get());
                 if (*cancelled)
                     break;
                 reading.schedule.addGuide(result.programmes);
