@@ -17,6 +17,15 @@ void ChannelGuideKeys::append(std::optional<QByteArrayView> tvgID,
     m_ends.append(m_bytes.size());
 }
 
+void ChannelGuideKeys::append(const ChannelGuideKeys &later)
+{
+    const qsizetype offset = m_bytes.size();
+    m_bytes.append(later.m_bytes);
+    m_ends.reserve(m_ends.size() + later.m_ends.size());
+    for (qsizetype end : later.m_ends)
+        m_ends.append(offset + end);
+}
+
 QString ChannelGuideKeys::text(qsizetype from, qsizetype to) const
 {
     if (from == to)

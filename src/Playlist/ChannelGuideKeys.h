@@ -22,6 +22,9 @@ public:
     // The next channel's tvg-id and tvg-name attribute values, in the playlist's encoding.
     void append(std::optional<QByteArrayView> tvgID, std::optional<QByteArrayView> tvgName);
 
+    // The keys of later channels, in the same encoding.
+    void append(const ChannelGuideKeys &later);
+
     qsizetype size() const { return m_ends.size() / 2; }
     // The keys of channel i, decoded; empty ones past the end.
     ChannelGuideKey at(qsizetype i) const;

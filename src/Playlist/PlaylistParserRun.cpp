@@ -41,6 +41,15 @@ void PlaylistParserRun::readBlock(QByteArrayView block)
     }
 }
 
+void PlaylistParserRun::append(PlaylistParserRun &&later)
+{
+    m_entries.append(std::move(later.m_entries));
+    m_guideKeys.append(later.m_guideKeys);
+    m_heldDescription = std::move(later.m_heldDescription);
+    m_description =
+        later.m_description ? std::optional(QByteArrayView(m_heldDescription)) : std::nullopt;
+}
+
 void PlaylistParserRun::readLine(QByteArrayView line)
 {
     // The title keeps trailing white space until it is split off, so a description ending in ", "

@@ -26,6 +26,8 @@ public:
     // The next block of text bytes (the byte-order mark left out). A block ends after a line break
     // byte (LF, VT, FF or CR), except the last one; it need not outlive the call.
     void readBlock(QByteArrayView block);
+    // Adds what a run over the text right after this run's found, as if this run had read it.
+    void append(PlaylistParserRun &&later);
     QList<PlaylistEntry> takeEntries() { return std::move(m_entries); }
     // For each channel, in the same order, its tvg-id and tvg-name.
     ChannelGuideKeys takeGuideKeys() { return std::move(m_guideKeys); }

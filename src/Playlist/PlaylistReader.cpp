@@ -12,6 +12,8 @@
 
 #include <algorithm>
 #include <limits>
+#include <optional>
+#include <thread>
 
 using namespace Qt::StringLiterals;
 
@@ -65,6 +67,18 @@ qint64 readBlocks(QIODevice &device, qint64 limit, ReadBlock &&readBlock)
     return total;
 }
 
+// Where a second parser can take over the text: the start of a description line at or after the
+// middle. That line replaces whatever description the first half leaves pending, so each half is
+// parsed as it would be in one pass; text without such a line stays whole (its size is returned).
+qsizetype handOverPoint(QByteArrayView text)
+{
+    constexpr QByteArrayView description("\n#EXTINF:");
+    if (text.size() < PlaylistReader::splitBytes)
+        return text.size();
+    const qsizetype at = text.indexOf(description, text.size() / 2);
+    return at < 0 ? text.size() : at + 1;
+}
+
 // The channels found, or why there are none.
 PlaylistReadResult finished(PlaylistParserRun &run, const WebAddress &base,
                             QList<WebAddress> guideAddresses)
@@ -90,8 +104,24 @@ PlaylistReadResult PlaylistReader::read(QByteArrayView bytes, const WebAddress &
     survey.add(bytes);
     if (!survey.isText())
         return PlaylistReadResult::failed(PlaylistTexts::notAPlaylist.toString());
-    PlaylistParserRun run(base, survey.encoding(), survey.channelCapacity(), true);
-    run.readBlock(PlaylistTextDecoder::textBytes(bytes, survey.encoding()));
+    const QByteArrayView text = PlaylistTextDecoder::textBytes(bytes, survey.encoding());
+    const qsizetype split = handOverPoint(text);
+    const qsizetype capacity = survey.channelCapacity();
+    PlaylistParserRun run(base, survey.encoding(), capacity, true);
+    if (split == text.size()) {
+        run.readBlock(text);
+    } else {
+        std::optional<PlaylistParserRun> second;
+        std::thread helper([&] {
+            // Room for its share of the channels, by bytes; the list grows if that is short.
+            second.emplace(base, survey.encoding(), capacity * (text.size() - split) / text.size(),
+                           true);
+            second->readBlock(text.sliced(split));
+        });
+        run.readBlock(text.first(split));
+        helper.join();
+        run.append(std::move(*second));
+    }
     return finished(run, base, GuideAddresses::fromPlaylist(bytes, base));
 }
 

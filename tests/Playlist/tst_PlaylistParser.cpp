@@ -258,6 +258,14 @@ private Q_SLOTS:
             << "#EXTINF:-1,\xc3\xa9\nhttp://s/a\n" + channel.repeated(3 * block / channel.size()) +
                    "#EXTINF:-1,\xe9\nhttp://s/b"
             << int(3 * block / channel.size() + 2);
+        // Held whole, a list this large is read in two halves at once; the middle falls inside a
+        // long description, whose address must not start the second half.
+        const QByteArray keyed = "#EXTINF:-1 tvg-id=\"a.id\" tvg-name=\"A\",Name\nhttp://s/a\n";
+        const QByteArray half = keyed.repeated(PlaylistReader::splitBytes / 2 / keyed.size() + 1);
+        QTest::newRow("two halves, the middle inside a description")
+            << half + "#EXTINF:-1 tvg-id=\"mid\"," + QByteArray(2000, 'm') +
+                   "\nhttp://s/middle\n#EXTINF:-1,Orphan\n" + half
+            << int(2 * (half.size() / keyed.size()) + 1);
         QTest::newRow("byte-order mark and no final line break")
             << "\xef\xbb\xbfhttp://s/a\n" + channel.repeated(block / channel.size()) + "http://s/z"
             << int(block / channel.size() + 2);
@@ -276,6 +284,8 @@ private Q_SLOTS:
         const QStringList whole = describeAll(PlaylistReader::read(bytes, base).entries);
         QCOMPARE(whole.size(), count);
         QCOMPARE(describeAll(PlaylistReader::readFile(path).entries), whole);
+        QCOMPARE(PlaylistReader::read(bytes, base).guideKeys.toList(),
+                 PlaylistReader::readFile(path).guideKeys.toList());
 
         // A pipe cannot go back: it is read whole, and gives the same.
         int ends[2];
