@@ -1,8 +1,10 @@
 // Parser benchmark. "generate N FILE" writes a realistic playlist of N channels; "measure FILE"
 // reads it and prints one JSON line with the time of decoding and parsing its bytes and the
-// growth of the process's peak resident memory meanwhile.
+// growth of the process's peak resident memory meanwhile. "reader FILE RUNS" times the whole
+// in-memory reader (survey, parse, guide keys) as the player runs it on a downloaded list.
 
 #include "Playlist/PlaylistParser.h"
+#include "Playlist/PlaylistReader.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -108,6 +110,28 @@ int measure(const char *path)
     return 0;
 }
 
+// What the player runs on a downloaded list, RUNS times in one process: the first run meets fresh
+// memory, the later ones reuse what the runs before freed.
+int timeReader(const char *path, int runs)
+{
+    QFile file(QString::fromLocal8Bit(path));
+    if (!file.open(QIODevice::ReadOnly)) {
+        std::fprintf(stderr, "cannot read %s\n", path);
+        return 1;
+    }
+    const QByteArray text = file.readAll();
+    const WebAddress base = *WebAddress::fromText(QStringLiteral("http://127.0.0.1/list.m3u"));
+    for (int run = 1; run <= runs; ++run) {
+        QElapsedTimer timer;
+        timer.start();
+        const PlaylistReadResult result = PlaylistReader::read(text, base);
+        std::printf("{\"run\":%d,\"entries\":%lld,\"ms\":%.1f}\n", run,
+                    static_cast<long long>(result.entries.size()),
+                    double(timer.nsecsElapsed()) / 1e6);
+    }
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -117,6 +141,9 @@ int main(int argc, char **argv)
         return generate(std::stol(argv[2]), argv[3]);
     if (command == "measure" && argc == 3)
         return measure(argv[2]);
-    std::fprintf(stderr, "usage: velm-bench-parse generate COUNT FILE | measure FILE\n");
+    if (command == "reader" && argc == 4)
+        return timeReader(argv[2], std::stoi(argv[3]));
+    std::fprintf(stderr,
+                 "usage: velm-bench-parse generate COUNT FILE | measure FILE | reader FILE RUNS\n");
     return 2;
 }
