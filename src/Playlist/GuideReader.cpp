@@ -79,6 +79,32 @@ bool parserReads(const QByteArray &encoding)
     return false;
 }
 
+// Whether the head is UTF-16: a byte order mark, or the NUL bytes of ASCII characters.
+bool isUtf16(QByteArrayView head)
+{
+    return head.startsWith("\xFE\xFF") || head.startsWith("\xFF\xFE") ||
+           head.first(std::min<qsizetype>(head.size(), 4)).contains('\0');
+}
+
+// Where the last whole UTF-8 sequence of bytes ends (not before from); continuations: how many
+// bytes of a sequence cut there the next block starts with.
+qsizetype wholeSequencesEnd(QByteArrayView bytes, qsizetype from, qsizetype &continuations)
+{
+    continuations = 0;
+    for (qsizetype back = 1; back <= 3 && bytes.size() - back >= from; ++back) {
+        const auto byte = static_cast<unsigned char>(bytes[bytes.size() - back]);
+        if ((byte & 0xC0) == 0x80)
+            continue;
+        const qsizetype length = byte >= 0xF0 ? 4 : byte >= 0xE0 ? 3 : byte >= 0xC0 ? 2 : 1;
+        if (length > back) {
+            continuations = length - back;
+            return bytes.size() - back;
+        }
+        break;
+    }
+    return bytes.size();
+}
+
 bool named(const XML_Char *name, const char *wanted)
 {
     return std::strcmp(name, wanted) == 0;
@@ -104,7 +130,10 @@ public:
 
     Result read(QIODevice &device, const std::atomic_bool *cancelled)
     {
-        const QByteArray encoding = declaredEncoding(device.peek(declarationSize));
+        const QByteArray head = device.peek(declarationSize);
+        const QByteArray encoding = declaredEncoding(head);
+        const bool utf8 = !isUtf16(head) && (encoding.isEmpty() ||
+                                             encoding.compare("utf-8", Qt::CaseInsensitive) == 0);
         std::optional<QStringDecoder> decoder;
         if (!parserReads(encoding)) {
             decoder.emplace(encoding.constData());
@@ -123,7 +152,9 @@ public:
         for (;;) {
             if (cancelled && cancelled->load())
                 return finish(QStringLiteral("cancelled"));
-            const bool parsed = decoder ? parseDecoded(device, *decoder) : parseBlock(device);
+            const bool parsed = decoder ? parseDecoded(device, *decoder)
+                                : utf8  ? parseUtf8Block(device)
+                                        : parseBlock(device);
             if (!parsed)
                 return finish(
                     QStringLiteral("%1 (line %2)")
@@ -161,6 +192,31 @@ private:
         const qint64 count = device.read(static_cast<char *>(buffer), blockSize);
         m_ended = count <= 0;
         return XML_ParseBuffer(m_parser, int(std::max<qint64>(count, 0)), m_ended) !=
+               XML_STATUS_ERROR;
+    }
+
+    // UTF-8 as it should be goes to the parser as read. A block with faulty bytes, as guides
+    // written by hand or joined from others now and then have, goes with each fault made U+FFFD:
+    // the parser would stop at the first one and lose the rest of the guide.
+    bool parseUtf8Block(QIODevice &device)
+    {
+        auto *buffer = static_cast<char *>(XML_GetBuffer(m_parser, int(blockSize)));
+        if (!buffer)
+            return false;
+        const qint64 read = device.read(buffer, blockSize);
+        m_ended = read <= 0;
+        const QByteArrayView bytes(buffer, qsizetype(std::max<qint64>(read, 0)));
+        // A sequence cut between blocks is whole again in the parser; it is checked in neither.
+        const qsizetype start = std::min(m_continuations, bytes.size());
+        const qsizetype end =
+            m_ended ? bytes.size() : wholeSequencesEnd(bytes, start, m_continuations);
+        const QByteArrayView checked = bytes.sliced(start, end - start);
+        if (checked.isValidUtf8())
+            return XML_ParseBuffer(m_parser, int(bytes.size()), m_ended) != XML_STATUS_ERROR;
+        const QByteArray mended = bytes.first(start).toByteArray() +
+                                  QString::fromUtf8(checked).toUtf8() +
+                                  bytes.sliced(end).toByteArray();
+        return XML_Parse(m_parser, mended.constData(), int(mended.size()), m_ended) !=
                XML_STATUS_ERROR;
     }
 
@@ -420,6 +476,7 @@ private:
     const GuideReader &m_reader;
     XML_Parser m_parser = nullptr;
     bool m_ended = false;
+    qsizetype m_continuations = 0; // of a UTF-8 sequence the last block cut
     Result m_result;
 
     int m_depth = 0;

@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <limits>
 #include <optional>
+#include <system_error>
 #include <thread>
 
 using namespace Qt::StringLiterals;
@@ -112,14 +113,22 @@ PlaylistReadResult PlaylistReader::read(QByteArrayView bytes, const WebAddress &
         run.readBlock(text);
     } else {
         std::optional<PlaylistParserRun> second;
-        std::thread helper([&] {
+        const auto readSecondHalf = [&] {
             // Room for its share of the channels, by bytes; the list grows if that is short.
             second.emplace(base, survey.encoding(), capacity * (text.size() - split) / text.size(),
                            true);
             second->readBlock(text.sliced(split));
-        });
+        };
+        std::thread helper;
+        try {
+            helper = std::thread(readSecondHalf);
+        } catch (const std::system_error &) {
+            // No thread to be had (a process limit): the halves are read one after the other.
+            readSecondHalf();
+        }
         run.readBlock(text.first(split));
-        helper.join();
+        if (helper.joinable())
+            helper.join();
         run.append(std::move(*second));
     }
     return finished(run, base, GuideAddresses::fromPlaylist(bytes, base));

@@ -311,6 +311,15 @@ private Q_SLOTS:
             shiftJis += "\x94\xD4\x91\x67";
         QTest::newRow("Shift_JIS, across blocks")
             << guideIn(declaration + padding, shiftJis) << QString(u"\u756A\u7D44"_s).repeated(60);
+        // A stray byte is one character the less, not the end of the guide; the block it is in
+        // ends inside a character, which stays whole.
+        const QByteArray utf8 = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
+        QTest::newRow("UTF-8 with a stray byte") << guideIn(utf8, "Caf\xE9 5") << u"Caf\uFFFD 5"_s;
+        const QByteArray stray =
+            guideIn(utf8 + QByteArray(256 * 1024 - 62 - guideIn(utf8, {}).indexOf("</title>"), ' '),
+                    "\xE9" + QByteArray("\xC3\xA9").repeated(60));
+        QTest::newRow("UTF-8 with a stray byte, a character across blocks")
+            << stray << u"\uFFFD"_s + QString(u"\u00E9"_s).repeated(60);
         QTest::newRow("an encoding nobody knows")
             << guideIn("<?xml version=\"1.0\" encoding=\"x-no-such\"?>", "A") << QString();
     }
