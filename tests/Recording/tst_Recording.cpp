@@ -104,9 +104,10 @@ private Q_SLOTS:
         const double frames = video.value(u"nb_read_frames"_s).toString().toDouble();
         QVERIFY2(frames >= 0.9 * 30 * duration, qPrintable(QString::number(frames)));
         QVERIFY(MediaProbe::indexFirst(path));
-        // Silence of the full length and a short track point to different faults: say which.
+        // The tone peaks at about 3,000 once mixed down to one channel, silence near 0: a third
+        // of the tone tells them apart with room for how loud a run plays it (one gave 2,998).
         const std::vector<std::int16_t> sound = MediaProbe::samples(path);
-        QVERIFY2(MediaProbe::loudestSample(sound) > 3000,
+        QVERIFY2(MediaProbe::loudestSample(sound) > 1000,
                  qPrintable(u"loudest sample %1 of %2"_s.arg(MediaProbe::loudestSample(sound))
                                 .arg(sound.size())));
 
