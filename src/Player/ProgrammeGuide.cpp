@@ -230,8 +230,7 @@ void ProgrammeGuide::read(int generation)
                 }
                 InflatingDevice guide(file, maxInflatedBytes);
                 guide.open(QIODevice::ReadOnly);
-                GuideReader::Result result =
-                    GuideReader(readerOfChannels()).read(guide, cancelled.get());
+                GuideReader::Result result = readerOfChannels().read(guide, cancelled.get());
                 if (*cancelled)
                     break;
                 reading.schedule.addGuide(result.programmes);

@@ -152,9 +152,7 @@ public:
         for (;;) {
             if (cancelled && cancelled->load())
                 return finish(QStringLiteral("cancelled"));
-            const bool parsed = decoder ? parseDecoded(device, *decoder)
-                                : utf8  ? parseUtf8Block(device)
-                                        : parseBlock(device);
+            const bool parsed = decoder ? parseDecoded(device, *decoder) : parseBlock(device, utf8);
             if (!parsed)
                 return finish(
                     QStringLiteral("%1 (line %2)")
@@ -173,32 +171,27 @@ private:
         programme,
         skipped
     };
-    enum class Field
+    // A text of a channel or a programme that is kept: a programme's goes to member, cut at length;
+    // a channel's (no member) is one of its display names.
+    struct Field
     {
-        none,
-        displayName,
-        title,
-        subTitle,
-        description,
-        category
+        const char *element;
+        QString GuideProgramme::*member;
+        qsizetype length;
+    };
+    static constexpr Field displayName{"display-name", nullptr, 0};
+    static constexpr Field programmeFields[] = {
+        {"title", &GuideProgramme::title, maxTitleLength},
+        {"sub-title", &GuideProgramme::subTitle, maxTitleLength},
+        {"desc", &GuideProgramme::description, maxDescriptionLength},
+        {"category", &GuideProgramme::category, maxTitleLength},
     };
 
-    // Reads into the parser's own buffer, so the bytes are not copied on the way.
-    bool parseBlock(QIODevice &device)
-    {
-        void *buffer = XML_GetBuffer(m_parser, int(blockSize));
-        if (!buffer)
-            return false;
-        const qint64 count = device.read(static_cast<char *>(buffer), blockSize);
-        m_ended = count <= 0;
-        return XML_ParseBuffer(m_parser, int(std::max<qint64>(count, 0)), m_ended) !=
-               XML_STATUS_ERROR;
-    }
-
-    // UTF-8 as it should be goes to the parser as read. A block with faulty bytes, as guides
-    // written by hand or joined from others now and then have, goes with each fault made U+FFFD:
-    // the parser would stop at the first one and lose the rest of the guide.
-    bool parseUtf8Block(QIODevice &device)
+    // Reads into the parser's own buffer, so the bytes are not copied on the way. With mend, UTF-8
+    // as it should be goes to the parser as read, and a block with faulty bytes, as guides written
+    // by hand or joined from others now and then have, goes with each fault made U+FFFD: the parser
+    // would stop at the first one and lose the rest of the guide.
+    bool parseBlock(QIODevice &device, bool mend)
     {
         auto *buffer = static_cast<char *>(XML_GetBuffer(m_parser, int(blockSize)));
         if (!buffer)
@@ -206,6 +199,8 @@ private:
         const qint64 read = device.read(buffer, blockSize);
         m_ended = read <= 0;
         const QByteArrayView bytes(buffer, qsizetype(std::max<qint64>(read, 0)));
+        if (!mend)
+            return XML_ParseBuffer(m_parser, int(bytes.size()), m_ended) != XML_STATUS_ERROR;
         // A sequence cut between blocks is whole again in the parser; it is checked in neither.
         const qsizetype start = std::min(m_continuations, bytes.size());
         const qsizetype end =
@@ -249,14 +244,14 @@ private:
                 openChannel(attributes);
             else if (named(name, "programme"))
                 openProgramme(attributes);
-        } else if (m_depth == m_itemDepth + 1 && m_field == Field::none) {
+        } else if (m_depth == m_itemDepth + 1 && !m_field) {
             openField(name);
         }
     }
 
     void end()
     {
-        if (m_field != Field::none && m_depth == m_itemDepth + 1)
+        if (m_field && m_depth == m_itemDepth + 1)
             closeField();
         else if (m_item != Item::none && m_depth == m_itemDepth)
             closeItem();
@@ -266,7 +261,7 @@ private:
     // The text of a field and of anything inside it, up to what can be kept.
     void gather(const XML_Char *text, int length)
     {
-        if (m_field == Field::none)
+        if (!m_field)
             return;
         // Leading blanks are trimmed in any case; dropping them here keeps them out of the limit.
         if (m_text.isEmpty()) {
@@ -323,52 +318,34 @@ private:
     void openField(const XML_Char *name)
     {
         if (m_item == Item::channel) {
-            if (named(name, "display-name"))
-                openField(Field::displayName, maxNameBytes);
+            if (named(name, displayName.element))
+                openField(displayName);
         } else if (m_item == Item::programme) {
             // The first of each kind counts.
-            if (named(name, "title") && m_programme.title.isEmpty())
-                openField(Field::title, maxTitleLength * bytesPerUnit);
-            else if (named(name, "sub-title") && m_programme.subTitle.isEmpty())
-                openField(Field::subTitle, maxTitleLength * bytesPerUnit);
-            else if (named(name, "desc") && m_programme.description.isEmpty())
-                openField(Field::description, maxDescriptionLength * bytesPerUnit);
-            else if (named(name, "category") && m_programme.category.isEmpty())
-                openField(Field::category, maxTitleLength * bytesPerUnit);
+            for (const Field &field : programmeFields) {
+                if (named(name, field.element) && (m_programme.*field.member).isEmpty()) {
+                    openField(field);
+                    return;
+                }
+            }
         }
     }
 
-    void openField(Field field, qsizetype limit)
+    void openField(const Field &field)
     {
-        m_field = field;
-        m_textLimit = limit;
+        m_field = &field;
+        m_textLimit = field.member ? field.length * bytesPerUnit : maxNameBytes;
         m_textCut = false;
         m_text.clear();
     }
 
     void closeField()
     {
-        switch (m_field) {
-        case Field::displayName:
-            if (!m_textCut)
-                m_declaring.names.append(folded(QString::fromUtf8(m_text)));
-            break;
-        case Field::title:
-            m_programme.title = capped(m_text, maxTitleLength, m_textCut);
-            break;
-        case Field::subTitle:
-            m_programme.subTitle = capped(m_text, maxTitleLength, m_textCut);
-            break;
-        case Field::description:
-            m_programme.description = capped(m_text, maxDescriptionLength, m_textCut);
-            break;
-        case Field::category:
-            m_programme.category = capped(m_text, maxTitleLength, m_textCut);
-            break;
-        case Field::none:
-            break;
-        }
-        m_field = Field::none;
+        if (m_field->member)
+            m_programme.*m_field->member = capped(m_text, m_field->length, m_textCut);
+        else if (!m_textCut)
+            m_declaring.names.append(folded(QString::fromUtf8(m_text)));
+        m_field = nullptr;
     }
 
     void closeItem()
@@ -482,7 +459,7 @@ private:
     int m_depth = 0;
     Item m_item = Item::none;
     int m_itemDepth = 0;
-    Field m_field = Field::none;
+    const Field *m_field = nullptr; // the text being gathered
     QByteArray m_text;
     qsizetype m_textLimit = 0;
     bool m_textCut = false;
@@ -513,7 +490,7 @@ GuideReader::GuideReader(const QList<Channel> &channels, qint64 windowStart, qin
     m_byName.remove(QString());
 }
 
-GuideReader::Result GuideReader::read(QIODevice &device, const std::atomic_bool *cancelled)
+GuideReader::Result GuideReader::read(QIODevice &device, const std::atomic_bool *cancelled) const
 {
     return Run(*this).read(device, cancelled);
 }

@@ -41,7 +41,7 @@ public:
     GuideReader(const QList<Channel> &channels, qint64 windowStart, qint64 windowEnd);
 
     // Reads device to its end, or until cancelled becomes true (the result is then incomplete).
-    Result read(QIODevice &device, const std::atomic_bool *cancelled = nullptr);
+    Result read(QIODevice &device, const std::atomic_bool *cancelled = nullptr) const;
 
 private:
     class Run;
