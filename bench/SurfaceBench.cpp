@@ -61,7 +61,7 @@ int main(int argc, char **argv)
     qint64 outputDropsAtStart = 0;
     double cpuAtStart = 0;
     bool counting = false;
-    QObject::connect(&view, &QOpenGLWidget::frameSwapped, [&] { frames += counting ? 1 : 0; });
+    QObject::connect(&view, &PlayerHostingView::frameSwapped, [&] { frames += counting ? 1 : 0; });
     QObject::connect(
         &model.engine(), &MpvEngine::framesReady, &application,
         [&] {

@@ -1,6 +1,8 @@
 #include "App/WindowScreenshot.h"
 
 #include "App/AppSession.h"
+#include "Recording/WidgetsAbove.h"
+#include "Surface/PlayerHostingView.h"
 #include "Surface/PlayerSurface.h"
 #include "UI/ContentView.h"
 #include "UI/PlayerArea.h"
@@ -8,6 +10,7 @@
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QImageWriter>
+#include <QPainter>
 #include <QPixmap>
 #include <QWidget>
 
@@ -16,6 +19,24 @@
 namespace {
 // What is shown is given a moment to be painted after it arrived.
 constexpr std::chrono::milliseconds paintAllowance{300};
+
+// The video is drawn in a native window of its own, which a picture of the widgets leaves out:
+// it is put in, and the widgets over it are drawn over it again.
+void addVideo(QWidget &window, QImage &shot)
+{
+    auto *view = window.findChild<PlayerHostingView *>();
+    if (!view || !view->isVisible())
+        return;
+    const QImage video = view->grabFramebuffer();
+    if (video.isNull())
+        return;
+    QPainter painter(&shot);
+    const QPoint at = view->mapTo(&window, QPoint(0, 0));
+    painter.drawImage(QRect(at, view->size()), video);
+    for (const WidgetsAbove::Placed &placed : WidgetsAbove::over(*view))
+        painter.drawImage(QRect(at + placed.covered.topLeft(), placed.covered.size()),
+                          WidgetsAbove::picture(*view, placed, shot.devicePixelRatio()));
+}
 } // namespace
 
 WindowScreenshot::WindowScreenshot(AppSession &session, const QString &path,
@@ -60,8 +81,10 @@ std::optional<QString> WindowScreenshot::save(QWidget &window, const QString &pa
     const QByteArray format = QFileInfo(path).suffix().toLower().toLatin1();
     if (format.isEmpty() || !QImageWriter::supportedImageFormats().contains(format))
         return QStringLiteral("no picture format is named by the file name's ending: ") + path;
+    QImage shot = window.grab().toImage();
+    addVideo(window, shot);
     QImageWriter writer(path, format);
-    if (!writer.write(window.grab().toImage()))
+    if (!writer.write(shot))
         return writer.errorString();
     return std::nullopt;
 }

@@ -3,6 +3,7 @@
 #include "Recording/CaptureClock.h"
 #include "Recording/PlayerSurfaceRegistry.h"
 #include "Recording/RecordingEncoding.h"
+#include "Recording/WidgetsAbove.h"
 
 #include <QWidget>
 
@@ -13,9 +14,20 @@ namespace {
 
 constexpr std::int64_t slotLength = 1'000'000'000 / RecordingEncoding::framesPerSecond;
 
-QRect inWindow(const QWidget &widget, const QWidget &window)
+// The widgets over rect (in the view's coordinates), placed in its pixels.
+std::vector<CaptureOverlay> overlaysOver(QWidget &view, QRect rect, double scale)
 {
-    return QRect(widget.mapTo(&window, QPoint(0, 0)), widget.size());
+    std::vector<CaptureOverlay> overlays;
+    for (WidgetsAbove::Placed placed : WidgetsAbove::over(view)) {
+        placed.covered = placed.covered.intersected(rect);
+        if (placed.covered.isEmpty())
+            continue;
+        const QPoint at = placed.covered.topLeft() - rect.topLeft();
+        overlays.push_back(
+            {QPoint(int(std::lround(at.x() * scale)), int(std::lround(at.y() * scale))),
+             WidgetsAbove::picture(view, placed, scale)});
+    }
+    return overlays;
 }
 
 } // namespace
@@ -70,39 +82,7 @@ bool RecordingFrameGrabber::grab(std::int64_t slotTime)
     frame.time = slotTime;
     if (frame.picture.image.isNull())
         return false;
-    const QRect rectInWindow(view->mapTo(m_window.data(), rect.topLeft()), rect.size());
-    frame.overlays = overlaysOver(*view, rectInWindow, view->devicePixelRatioF());
+    frame.overlays = overlaysOver(*view, rect, view->devicePixelRatioF());
     m_deliver(std::move(frame));
     return true;
-}
-
-std::vector<CaptureOverlay> RecordingFrameGrabber::overlaysOver(QWidget &view, QRect area,
-                                                                double scale)
-{
-    // Widgets above the view are its ancestors' children that come after the branch holding it.
-    std::vector<CaptureOverlay> overlays;
-    QWidget *branch = &view;
-    for (QWidget *parent = view.parentWidget(); parent && branch != m_window;
-         branch = parent, parent = parent->parentWidget()) {
-        const QObjectList &children = parent->children();
-        for (qsizetype i = children.indexOf(branch) + 1; i < children.size(); ++i) {
-            auto *widget = qobject_cast<QWidget *>(children[i]);
-            if (!widget || widget->isWindow() || !widget->isVisible())
-                continue;
-            const QRect placed = inWindow(*widget, *m_window);
-            const QRect covered = placed.intersected(area);
-            if (covered.isEmpty())
-                continue;
-            QImage image(covered.size() * scale, QImage::Format_ARGB32_Premultiplied);
-            image.setDevicePixelRatio(scale);
-            image.fill(Qt::transparent);
-            widget->render(&image, QPoint(), QRegion(covered.translated(-placed.topLeft())),
-                           QWidget::DrawChildren);
-            const QPoint at = covered.topLeft() - area.topLeft();
-            overlays.push_back(
-                {QPoint(int(std::lround(at.x() * scale)), int(std::lround(at.y() * scale))),
-                 std::move(image)});
-        }
-    }
-    return overlays;
 }

@@ -37,7 +37,6 @@ private:
     // One grab now, for the slot that began at slotTime; false when nothing could be taken (no
     // surface, or it shows nothing yet).
     bool grab(std::int64_t slotTime);
-    std::vector<CaptureOverlay> overlaysOver(QWidget &view, QRect areaInWindow, double scale);
 
     PlayerSurfaceRegistry &m_surfaces;
     QPointer<QWidget> m_window;

@@ -3,8 +3,10 @@
 #include "Base/AppNotifier.h"
 #include "Base/ThreadCpuTime.h"
 #include "Player/MpvEngine.h"
+#include "Recording/WidgetsAbove.h"
 #include "Surface/FaceSearch.h"
 #include "Surface/PlayerLayerGeometry.h"
+#include "Surface/PlayerVideoWindow.h"
 #include "Surface/SmartReframe.h"
 
 #include <QFutureWatcher>
@@ -25,6 +27,9 @@
 #include <vector>
 
 namespace {
+
+// Frames are kept where they can be read back while they are asked for at least this often.
+constexpr qint64 keepFramesForMs = 1000;
 
 // The face network takes pictures 256 pixels across.
 constexpr int analysisSide = 256;
@@ -64,20 +69,169 @@ double pictureAspect(const MpvEngine *player)
 } // namespace
 
 PlayerHostingView::PlayerHostingView(AppNotifier &notifier, QWidget *parent)
-    : QOpenGLWidget(parent), m_notifier(notifier)
+    : QWidget(parent), m_notifier(notifier)
 {
     setAttribute(Qt::WA_OpaquePaintEvent);
+    setAutoFillBackground(true);
+    QPalette black = palette();
+    black.setColor(QPalette::Window, Qt::black);
+    setPalette(black);
     setMouseTracking(false);
+    makeWindow();
 }
 
 PlayerHostingView::~PlayerHostingView()
 {
-    // The base class destroys the OpenGL context after this destructor has run: its
-    // aboutToBeDestroyed must no longer reach this object, whose part is gone by then.
-    if (QOpenGLContext *gl = context())
-        disconnect(gl, nullptr, this, nullptr);
+    m_closing = true;
     freeRenderContext();
     m_smartTimer.reset();
+    delete m_container;
+}
+
+void PlayerHostingView::makeWindow()
+{
+    m_window = new PlayerVideoWindow([this] { initializeVideo(); }, [this] { paintVideo(); },
+                                     [this] { windowLeaving(); });
+    m_container = QWidget::createWindowContainer(m_window, this);
+    // The window takes no input; the view under it takes the presses, and drops go to the
+    // widgets that take them, as if the window were not there.
+    m_container->setAttribute(Qt::WA_TransparentForMouseEvents);
+    m_container->setAcceptDrops(false);
+    m_container->setFocusPolicy(Qt::NoFocus);
+    m_container->setGeometry(rect());
+    connect(m_window, &QOpenGLWindow::frameSwapped, this, [this] {
+        // mpv times its frames by when they reach the screen.
+        if (m_render)
+            mpv_render_context_report_swap(m_render);
+        Q_EMIT frameSwapped();
+    });
+}
+
+void PlayerHostingView::windowLeaving()
+{
+    if (QOpenGLContext *gl = m_window ? m_window->context() : nullptr)
+        disconnect(gl, nullptr, this, nullptr);
+    releaseOverlayTextures();
+    freeRenderContext();
+    m_shown.reset();
+    if (!m_closing)
+        QTimer::singleShot(0, this, &PlayerHostingView::replaceLostWindow);
+}
+
+void PlayerHostingView::replaceLostWindow()
+{
+    if (m_window) {
+        // Only its native window went; a new one comes with the next showing, and with the next
+        // frame the render context.
+        m_window->update();
+        return;
+    }
+    delete m_container;
+    makeWindow();
+    m_container->setVisible(isVisible());
+}
+
+void PlayerHostingView::relayout()
+{
+    if (m_window)
+        m_window->update();
+}
+
+void PlayerHostingView::showEvent(QShowEvent *)
+{
+    watchWindow();
+    refreshOverlays();
+}
+
+void PlayerHostingView::watchWindow()
+{
+    QWidget *top = window();
+    if (top == m_watchedWindow)
+        return;
+    if (m_watchedWindow)
+        m_watchedWindow->removeEventFilter(this);
+    m_watchedWindow = top;
+    top->installEventFilter(this);
+}
+
+bool PlayerHostingView::eventFilter(QObject *watched, QEvent *event)
+{
+    // The window's widgets are about to be painted: whatever changed over the picture is in
+    // their state already.
+    if (watched == m_watchedWindow && event->type() == QEvent::UpdateRequest)
+        refreshOverlays();
+    return QWidget::eventFilter(watched, event);
+}
+
+void PlayerHostingView::refreshOverlays()
+{
+    if (!isVisible())
+        return;
+    const double scale = devicePixelRatioF();
+    std::vector<Overlay> overlays;
+    for (const WidgetsAbove::Placed &placed : WidgetsAbove::over(*this))
+        overlays.push_back({placed.covered, WidgetsAbove::picture(*this, placed, scale)});
+    const auto same = [](const Overlay &a, const Overlay &b) {
+        return a.covered == b.covered && a.image == b.image;
+    };
+    if (std::equal(overlays.begin(), overlays.end(), m_overlays.begin(), m_overlays.end(), same))
+        return;
+    m_overlays = std::move(overlays);
+    m_overlaysChanged = true;
+    relayout();
+}
+
+void PlayerHostingView::drawOverlays(QSize pixels)
+{
+    if (m_overlays.empty())
+        return;
+    glBindFramebuffer(GL_FRAMEBUFFER, m_window->defaultFramebufferObject());
+    glViewport(0, 0, pixels.width(), pixels.height());
+    glDisable(GL_SCISSOR_TEST);
+    if (m_overlayTextures.size() < m_overlays.size()) {
+        const size_t had = m_overlayTextures.size();
+        m_overlayTextures.resize(m_overlays.size());
+        glGenTextures(GLsizei(m_overlays.size() - had), m_overlayTextures.data() + had);
+        m_overlaysChanged = true;
+    }
+    if (m_overlaysChanged) {
+        glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
+        for (size_t i = 0; i < m_overlays.size(); ++i) {
+            const QImage image =
+                m_overlays[i].image.convertToFormat(QImage::Format_RGBA8888_Premultiplied);
+            glBindTexture(GL_TEXTURE_2D, m_overlayTextures[i]);
+            glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, image.width(), image.height(), 0, GL_RGBA,
+                         GL_UNSIGNED_BYTE, image.constBits());
+        }
+        glBindTexture(GL_TEXTURE_2D, 0);
+        m_overlaysChanged = false;
+    }
+    // The pictures of the widgets are premultiplied, as Qt paints them.
+    glEnable(GL_BLEND);
+    glBlendFunc(GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
+    for (size_t i = 0; i < m_overlays.size(); ++i) {
+        const QRectF r = m_overlays[i].covered;
+        drawTexture(m_overlayTextures[i],
+                    quadVertices({r.topLeft(), r.topRight(), r.bottomRight(), r.bottomLeft()}));
+    }
+    glDisable(GL_BLEND);
+}
+
+void PlayerHostingView::releaseOverlayTextures()
+{
+    if (m_overlayTextures.empty() || !m_window || !m_window->isValid())
+        return;
+    m_window->makeCurrent();
+    glDeleteTextures(GLsizei(m_overlayTextures.size()), m_overlayTextures.data());
+    m_window->doneCurrent();
+    m_overlayTextures.clear();
+    m_overlaysChanged = true;
+}
+
+void PlayerHostingView::resizeEvent(QResizeEvent *)
+{
+    if (m_container)
+        m_container->setGeometry(rect());
 }
 
 void PlayerHostingView::setPlayer(MpvEngine *player)
@@ -95,8 +249,11 @@ void PlayerHostingView::setPlayer(MpvEngine *player)
     connect(player, &MpvEngine::aboutToShutDown, this, &PlayerHostingView::freeRenderContext);
     connect(player, &MpvEngine::loadRequested, this, &PlayerHostingView::forgetShownFrames);
     forgetShownFrames();
-    if (context())
+    if (m_window && m_window->isValid()) {
+        m_window->makeCurrent();
         createRenderContext();
+        m_window->doneCurrent();
+    }
 }
 
 void PlayerHostingView::setDisplayMode(PortraitDisplayMode mode)
@@ -219,10 +376,36 @@ QRect PlayerHostingView::recordingRectInView() const
     return currentLayout().cropRect.toRect();
 }
 
+bool PlayerHostingView::keepsShownFrames() const
+{
+    return m_sinceAsked.isValid() && m_sinceAsked.elapsed() < keepFramesForMs;
+}
+
 CapturedPicture PlayerHostingView::recordingPicture(const QRect &rect)
 {
-    if (!isValid() || m_framesDrawn == 0)
+    if (m_framesDrawn == 0)
         return {};
+    const bool kept = keepsShownFrames() && m_shown;
+    m_sinceAsked.start();
+    // Frames were not being kept: this one is drawn again, into the buffer kept from now.
+    if (!kept && !paintShownFrame())
+        return {};
+    return readShownFrame(rect);
+}
+
+bool PlayerHostingView::paintShownFrame()
+{
+    if (!m_window || !m_window->isValid())
+        return false;
+    m_sinceAsked.start();
+    m_window->makeCurrent();
+    paintVideo();
+    m_window->doneCurrent();
+    return m_shown != nullptr;
+}
+
+CapturedPicture PlayerHostingView::readShownFrame(const QRect &rect)
+{
     const double dpr = devicePixelRatioF();
     const QSize buffer = size() * dpr;
     const QRect pixels =
@@ -232,17 +415,25 @@ CapturedPicture PlayerHostingView::recordingPicture(const QRect &rect)
     if (pixels.isEmpty())
         return {};
     QImage image(pixels.size(), QImage::Format_RGBA8888);
-    makeCurrent();
-    glBindFramebuffer(GL_FRAMEBUFFER, defaultFramebufferObject());
+    m_window->makeCurrent();
+    glBindFramebuffer(GL_FRAMEBUFFER, m_shown->handle());
     glPixelStorei(GL_PACK_ALIGNMENT, 4);
     // OpenGL counts rows from the bottom; the rows arrive bottom first and stay so.
     glReadPixels(pixels.left(), buffer.height() - pixels.bottom() - 1, pixels.width(),
                  pixels.height(), GL_RGBA, GL_UNSIGNED_BYTE, image.bits());
-    doneCurrent();
+    m_window->doneCurrent();
     return {std::move(image), true};
 }
 
-void PlayerHostingView::initializeGL()
+QImage PlayerHostingView::grabFramebuffer()
+{
+    if (!paintShownFrame())
+        return {};
+    CapturedPicture picture = readShownFrame(rect());
+    return picture.bottomUp ? picture.image.mirrored() : picture.image;
+}
+
+void PlayerHostingView::initializeVideo()
 {
     initializeOpenGLFunctions();
     m_program = std::make_unique<QOpenGLShaderProgram>();
@@ -256,7 +447,7 @@ void PlayerHostingView::initializeGL()
     m_vertices->setUsagePattern(QOpenGLBuffer::StreamDraw);
     // A new window for the widget replaces its context: everything made in the old one goes
     // with it, and is made again here.
-    connect(context(), &QOpenGLContext::aboutToBeDestroyed, this,
+    connect(m_window->context(), &QOpenGLContext::aboutToBeDestroyed, this,
             &PlayerHostingView::freeRenderContext, Qt::DirectConnection);
     if (m_player)
         createRenderContext();
@@ -266,7 +457,6 @@ void PlayerHostingView::createRenderContext()
 {
     if (m_render || !m_player || !m_player->isValid())
         return;
-    makeCurrent();
     mpv_opengl_init_params glInit{procAddress, nullptr};
     const char *api = MPV_RENDER_API_TYPE_OPENGL;
     std::vector<mpv_render_param> parameters{{MPV_RENDER_PARAM_API_TYPE, const_cast<char *>(api)},
@@ -279,7 +469,6 @@ void PlayerHostingView::createRenderContext()
     parameters.push_back({MPV_RENDER_PARAM_INVALID, nullptr});
     if (m_player->createRenderContext(&m_render, parameters.data()) < 0) {
         m_render = nullptr;
-        doneCurrent();
         return;
     }
     // Called on mpv's threads: only ask the main thread to draw.
@@ -290,7 +479,6 @@ void PlayerHostingView::createRenderContext()
                                       &PlayerHostingView::frameReady, Qt::QueuedConnection);
         },
         this);
-    doneCurrent();
 }
 
 void PlayerHostingView::freeRenderContext()
@@ -298,13 +486,14 @@ void PlayerHostingView::freeRenderContext()
     if (!m_render)
         return;
     // The render context goes with the OpenGL context it was made in, current.
-    makeCurrent();
+    m_window->makeCurrent();
     mpv_render_context_set_update_callback(m_render, nullptr, nullptr);
     mpv_render_context_free(m_render);
     m_render = nullptr;
     m_frame.reset();
+    m_shown.reset();
     m_frameHoldsPicture = false;
-    doneCurrent();
+    m_window->doneCurrent();
     if (m_player)
         m_player->renderContextFreed();
 }
@@ -315,30 +504,61 @@ void PlayerHostingView::frameReady()
     if (!m_render || !(mpv_render_context_update(m_render) & MPV_RENDER_UPDATE_FRAME))
         return;
     m_hasNewFrame = true;
-    // Hidden, the widget is not repainted, yet mpv waits for its frames to be taken: draw them
+    // Hidden, the window is not repainted, yet mpv waits for its frames to be taken: draw them
     // anyway so that playback, and its sound, go on.
-    if (isVisible() && !(window()->windowState() & Qt::WindowMinimized)) {
-        update();
+    if (!m_window)
+        return;
+    if (m_window->isExposed() && !(window()->windowState() & Qt::WindowMinimized)) {
+        m_window->update();
         return;
     }
-    makeCurrent();
-    paintGL();
-    doneCurrent();
+    m_window->makeCurrent();
+    paintVideo();
+    m_window->doneCurrent();
 }
 
-void PlayerHostingView::paintGL()
+bool PlayerHostingView::chooseTarget(QSize pixels)
 {
+    m_target = m_window->defaultFramebufferObject();
+    if (!keepsShownFrames()) {
+        m_shown.reset();
+        return false;
+    }
+    if (!m_shown || m_shown->size() != pixels) {
+        m_shown = std::make_unique<QOpenGLFramebufferObject>(pixels);
+        if (!m_shown->isValid()) {
+            m_shown.reset();
+            return false;
+        }
+    }
+    m_target = m_shown->handle();
+    return true;
+}
+
+void PlayerHostingView::paintVideo()
+{
+    // A native window made anew after its render context went needs one again.
+    if (!m_render)
+        createRenderContext();
     const QSize pixels = size() * devicePixelRatioF();
+    const bool keeps = chooseTarget(pixels);
+    glBindFramebuffer(GL_FRAMEBUFFER, m_target);
+    glViewport(0, 0, pixels.width(), pixels.height());
     glClearColor(0, 0, 0, 1);
     glClear(GL_COLOR_BUFFER_BIT);
     ++m_framesDrawn;
-    if (!m_render)
-        return;
-    if (m_displayMode == PortraitDisplayMode::normal)
-        renderDirect(pixels);
-    else
-        renderFramed(currentLayout(), pixels);
-    if (m_hasNewFrame) {
+    if (m_render) {
+        if (m_displayMode == PortraitDisplayMode::normal)
+            renderDirect(pixels);
+        else
+            renderFramed(currentLayout(), pixels);
+    }
+    if (keeps) {
+        const QRect whole(QPoint(0, 0), pixels);
+        QOpenGLFramebufferObject::blitFramebuffer(nullptr, whole, m_shown.get(), whole);
+    }
+    drawOverlays(pixels);
+    if (m_render && m_hasNewFrame) {
         m_hasNewFrame = false;
         if (const double time = m_player ? m_player->position() : NAN; std::isfinite(time))
             m_shownFrameTime = time;
@@ -352,7 +572,7 @@ void PlayerHostingView::renderDirect(QSize pixels)
     if (m_player)
         m_player->setVideoPlacement({});
     // Whole and letterboxed is mpv's own layout: it draws straight into the widget.
-    mpv_opengl_fbo target{int(defaultFramebufferObject()), pixels.width(), pixels.height(), 0};
+    mpv_opengl_fbo target{int(m_target), pixels.width(), pixels.height(), 0};
     int flip = 1;
     mpv_render_param parameters[] = {{MPV_RENDER_PARAM_OPENGL_FBO, &target},
                                      {MPV_RENDER_PARAM_FLIP_Y, &flip},
@@ -462,7 +682,7 @@ void PlayerHostingView::drawPicture(const PlayerLayerLayout &layout,
                                     const std::array<QPointF, 4> &corners, QSize pixels)
 {
     // mpv leaves the framebuffer, viewport, scissor and blending as it needed them.
-    glBindFramebuffer(GL_FRAMEBUFFER, defaultFramebufferObject());
+    glBindFramebuffer(GL_FRAMEBUFFER, m_target);
     glViewport(0, 0, pixels.width(), pixels.height());
     glDisable(GL_BLEND);
     glClearColor(0, 0, 0, 1);
@@ -481,6 +701,12 @@ void PlayerHostingView::drawPicture(const PlayerLayerLayout &layout,
 
     // mpv drew into the buffer without flipping, so its first row, texture row 0, is the
     // picture's top: the picture's top-left corner is the texture's (0, 0).
+    drawTexture(m_frame->texture(), quadVertices(corners));
+    glDisable(GL_SCISSOR_TEST);
+}
+
+std::array<float, 16> PlayerHostingView::quadVertices(const std::array<QPointF, 4> &corners) const
+{
     constexpr std::array<std::array<float, 2>, 4> texture{{{0, 0}, {1, 0}, {1, 1}, {0, 1}}};
     const double w = width();
     const double h = height();
@@ -491,8 +717,7 @@ void PlayerHostingView::drawPicture(const PlayerLayerLayout &layout,
         vertices[i * 4 + 2] = texture[i][0];
         vertices[i * 4 + 3] = texture[i][1];
     }
-    drawTexture(m_frame->texture(), vertices);
-    glDisable(GL_SCISSOR_TEST);
+    return vertices;
 }
 
 void PlayerHostingView::mousePressEvent(QMouseEvent *event)

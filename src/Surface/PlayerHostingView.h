@@ -6,9 +6,10 @@
 #include "Surface/PlayerLayerLayout.h"
 #include "Surface/PortraitDisplayMode.h"
 
+#include <QElapsedTimer>
 #include <QOpenGLFunctions>
-#include <QOpenGLWidget>
 #include <QPointer>
+#include <QWidget>
 
 #include <array>
 #include <memory>
@@ -18,6 +19,7 @@
 class AppNotifier;
 class FaceSearch;
 class MpvEngine;
+class PlayerVideoWindow;
 class QOpenGLBuffer;
 class QOpenGLFramebufferObject;
 class QOpenGLShaderProgram;
@@ -27,14 +29,12 @@ struct mpv_render_context;
 // Draws the media engine's video with OpenGL, framed by the display mode: whole and letterboxed
 // in the normal mode, else inside the 9:16 box (filled, turned, or panned by hand), black
 // elsewhere. The only user of mpv's render API. It draws when mpv has a new frame or the layout
-// changes, and nothing otherwise.
+// changes, and nothing otherwise, in a native window of its own that fills the view.
 //
 // Mouse: a double-click toggles the window's full screen and nothing else; any other press is
 // announced as a click on the picture, then pans the picture in the manual mode or moves the
 // window in the others.
-class PlayerHostingView : public QOpenGLWidget,
-                          protected QOpenGLFunctions,
-                          public PlayerRecordingSurface
+class PlayerHostingView : public QWidget, protected QOpenGLFunctions, public PlayerRecordingSurface
 {
     Q_OBJECT
 
@@ -63,13 +63,19 @@ public:
     QWidget *recordingView() override { return this; }
     // The whole view in the normal mode, else the 9:16 box: a recording holds only what shows.
     QRect recordingRectInView() const override;
-    // Reads back the frame drawn last; the view does not draw again for it.
+    // Reads back the frame drawn last; the view does not draw again for it, but for the first
+    // time it is asked after a pause of a second: only while frames are asked for are they kept
+    // where they can be read back.
     CapturedPicture recordingPicture(const QRect &rect) override;
+    // The whole picture as the view shows it now, top row first; null before anything was drawn.
+    QImage grabFramebuffer();
     // Frames drawn so far, whatever made them draw.
     quint64 framesDrawn() const { return m_framesDrawn; }
 
 Q_SIGNALS:
     void horizontalPanChanged();
+    // A drawn frame went to the screen.
+    void frameSwapped();
     // A new video frame has been drawn.
     void frameShown();
     // A smart step has ended: the CPU time it took on this thread, to start it and to apply its
@@ -77,14 +83,21 @@ Q_SIGNALS:
     void faceSearchMeasured(double windowThreadMs, double searchCpuMs);
 
 protected:
-    void initializeGL() override;
-    void paintGL() override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseDoubleClickEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
 
 private:
+    // The part of a widget lying over the picture, and its picture at the view's pixel ratio.
+    struct Overlay
+    {
+        QRect covered;
+        QImage image;
+    };
     struct PanDrag
     {
         double startX;
@@ -106,10 +119,26 @@ private:
     // What was learnt of the media so far is of no use: a new load began.
     void forgetShownFrames();
 
+    void makeWindow();
+    // The window's native window is about to go: the render context goes first, with the window's
+    // OpenGL context current, and a window taken with its top-level window is made anew.
+    void windowLeaving();
+    void replaceLostWindow();
+    void initializeVideo();
+    void paintVideo();
+    // Draws a frame now, outside the window's own painting, and keeps it.
+    bool paintShownFrame();
+    CapturedPicture readShownFrame(const QRect &rect);
+    // Whether a recording or a grab asked for a frame in the last second.
+    bool keepsShownFrames() const;
+    // Sets the framebuffer this frame is drawn into: the kept frame's while frames are asked
+    // for (true), else the window's own.
+    bool chooseTarget(QSize pixels);
+    // Needs the window's OpenGL context current.
     void createRenderContext();
     void freeRenderContext();
     void frameReady();
-    void relayout() { update(); }
+    void relayout();
     void renderDirect(QSize pixels);
     void renderFramed(const PlayerLayerLayout &layout, QSize pixels);
     // mpv draws only what the box shows, into a buffer of the box's size.
@@ -126,8 +155,22 @@ private:
     // Draws a texture on a quad; vertices: x, y, s, t for each corner of a fan.
     void drawTexture(GLuint texture, const std::array<float, 16> &vertices);
     void startWindowDrag(QMouseEvent *event);
+    // The native window hides the widgets over the picture, so it draws them itself: they are
+    // pictured again whenever the window's widgets were repainted, and drawn when that changed
+    // what lies over the picture.
+    void watchWindow();
+    void refreshOverlays();
+    void drawOverlays(QSize pixels);
+    void releaseOverlayTextures();
+    // The vertices of a quad with the texture upright, its corners given in the view's
+    // coordinates from the top-left clockwise.
+    std::array<float, 16> quadVertices(const std::array<QPointF, 4> &corners) const;
 
     AppNotifier &m_notifier;
+    // Made anew when a top-level window made anew took the window with it.
+    QPointer<PlayerVideoWindow> m_window; // owned by m_container
+    QPointer<QWidget> m_container;
+    bool m_closing = false;
     QPointer<MpvEngine> m_player;
     mpv_render_context *m_render = nullptr;
     PortraitDisplayMode m_displayMode = PortraitDisplayMode::normal;
@@ -151,8 +194,17 @@ private:
     // before it is placed.
     bool m_frameHoldsPicture = false;
     VideoPlacement m_framePlacement;
+    // The frames drawn while they are asked for, and when they were asked for last.
+    std::unique_ptr<QOpenGLFramebufferObject> m_shown;
+    QElapsedTimer m_sinceAsked;
+    GLuint m_target = 0;
     std::unique_ptr<QOpenGLShaderProgram> m_program;
     std::unique_ptr<QOpenGLBuffer> m_vertices;
+
+    QPointer<QWidget> m_watchedWindow;
+    std::vector<Overlay> m_overlays;
+    std::vector<GLuint> m_overlayTextures;
+    bool m_overlaysChanged = false;
 
     std::optional<PanDrag> m_panDrag;
     std::optional<WindowDrag> m_windowDrag;

@@ -132,6 +132,10 @@ private Q_SLOTS:
         auto *view = m_session->window().findChild<PlayerHostingView *>();
         QVERIFY(view);
         QTest::qWait(300);
+        // The first grab draws the frame once more, into the buffer it is then kept in.
+        const quint64 drawnBefore = view->framesDrawn();
+        QVERIFY(!view->recordingPicture(view->recordingRectInView()).image.isNull());
+        QVERIFY(view->framesDrawn() <= drawnBefore + 1);
         const quint64 drawn = view->framesDrawn();
         for (int i = 0; i < 10; ++i) {
             const CapturedPicture picture = view->recordingPicture(view->recordingRectInView());

@@ -4,6 +4,7 @@
 #include "Base/AppNotifier.h"
 #include "Base/WebAddress.h"
 #include "Player/PlayerModel.h"
+#include "ProcessRunner.h"
 #include "Recording/PlayerSurfaceRegistry.h"
 #include "Surface/PlayerHostingView.h"
 #include "Surface/PlayerLayerGeometry.h"
@@ -13,6 +14,8 @@
 #include "Web/YouTubePlayerView.h"
 
 #include <QApplication>
+#include <QLabel>
+#include <QScreen>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -83,6 +86,22 @@ double meanDifference(const QImage &shown, const QImage &whole, const QRectF &bo
         }
     }
     return count > 0 ? sum / count : 255;
+}
+
+bool near(QRgb pixel, QRgb wanted)
+{
+    return std::abs(qRed(pixel) - qRed(wanted)) < 40 &&
+           std::abs(qGreen(pixel) - qGreen(wanted)) < 40 &&
+           std::abs(qBlue(pixel) - qBlue(wanted)) < 40;
+}
+
+// What the X server shows of a top-level widget: the picture of its native windows together.
+QImage onScreen(const QWidget &window)
+{
+    const QRect placed(window.mapToGlobal(QPoint(0, 0)), window.size());
+    return window.screen()
+        ->grabWindow(0, placed.x(), placed.y(), placed.width(), placed.height())
+        .toImage();
 }
 
 // The window states a widget went through, as it was told of them.
@@ -288,11 +307,45 @@ private Q_SLOTS:
         QCOMPARE(view->horizontalPan(), 0.0);
     }
 
+    void screenShowsThePictureUnderTheWidgetsOverIt()
+    {
+        // The picture has a native window of its own over the widgets: the screen must show it,
+        // with the widgets stacked over it drawn over it, see-through where they are, and a
+        // press on it must reach the view as the X server delivers it.
+        showPausedClip();
+        QLabel solid(&m_screen->surface);
+        solid.setStyleSheet(QStringLiteral("background: rgb(255, 0, 255)"));
+        solid.setGeometry(40, 150, 40, 40);
+        QLabel glass(&m_screen->surface);
+        glass.setStyleSheet(QStringLiteral("background: rgba(255, 255, 255, 128)"));
+        glass.setGeometry(300, 150, 40, 40);
+        solid.show();
+        glass.show();
+        const auto shows = [&](QPoint at, QRgb colour) {
+            return near(onScreen(m_screen->surface).pixel(at), colour);
+        };
+        QTRY_VERIFY(shows({60, 170}, qRgb(255, 0, 255)));
+        QVERIFY(shows({320, 170}, qRgb(128, 255, 128)));
+        QVERIFY(shows({100, 250}, qRgb(255, 0, 0)));
+        QVERIFY(shows({540, 180}, qRgb(0, 0, 255)));
+        solid.hide();
+        QTRY_VERIFY(shows({60, 170}, qRgb(255, 0, 0)));
+
+        QSignalSpy clicked(&m_screen->views.notifier, &AppNotifier::playerSurfaceClicked);
+        const QPoint at = m_screen->surface.mapToGlobal(QPoint(540, 250));
+        const ProcessResult click =
+            runProcess(QStringLiteral("xdotool"),
+                       {QStringLiteral("mousemove"), QString::number(at.x()),
+                        QString::number(at.y()), QStringLiteral("click"), QStringLiteral("1")});
+        QVERIFY2(click.finished && click.exitCode == 0, click.err.constData());
+        QTRY_COMPARE(clicked.count(), 1);
+    }
+
     void nothingIsDrawnWhileNothingChanges()
     {
         showPausedClip();
         PlayerHostingView *view = hostingView();
-        QSignalSpy swapped(view, &QOpenGLWidget::frameSwapped);
+        QSignalSpy swapped(view, &PlayerHostingView::frameSwapped);
         // The frames of the seek may still be arriving on a busy machine: wait for a calm moment.
         for (int tries = 0; tries < 10; ++tries) {
             swapped.clear();
@@ -375,6 +428,16 @@ void tst_PlayerSurface::showPausedClip(const QString &name)
         QTRY_COMPARE(colourOf(hostingView()->grabFramebuffer().pixel(320, 180)), 'g');
     else
         QTRY_VERIFY(colourOf(hostingView()->grabFramebuffer().pixel(320, 180)) != 'k');
+    // The frame of the seek may reach the view a moment after the seek is reported: the picture
+    // is taken as settled once it stayed the same for a while.
+    QImage last;
+    int unchanged = 0;
+    QTRY_VERIFY([&] {
+        const QImage now = hostingView()->grabFramebuffer();
+        unchanged = now == last ? unchanged + 1 : 0;
+        last = now;
+        return unchanged >= 4;
+    }());
 }
 
 int main(int argc, char **argv)

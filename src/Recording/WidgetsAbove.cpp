@@ -1,0 +1,38 @@
+#include "Recording/WidgetsAbove.h"
+
+#include <QWidget>
+
+std::vector<WidgetsAbove::Placed> WidgetsAbove::over(const QWidget &view)
+{
+    std::vector<Placed> placed;
+    const QWidget *window = view.window();
+    const QRect viewRect = view.rect();
+    const QWidget *branch = &view;
+    for (const QWidget *parent = view.parentWidget(); parent && branch != window;
+         branch = parent, parent = parent->parentWidget()) {
+        const QObjectList &children = parent->children();
+        for (qsizetype i = children.indexOf(branch) + 1; i < children.size(); ++i) {
+            auto *widget = qobject_cast<QWidget *>(children[i]);
+            if (!widget || widget->isWindow() || !widget->isVisible())
+                continue;
+            const QRect inView(view.mapFrom(window, widget->mapTo(window, QPoint(0, 0))),
+                               widget->size());
+            const QRect covered = inView.intersected(viewRect);
+            if (!covered.isEmpty())
+                placed.push_back({widget, covered});
+        }
+    }
+    return placed;
+}
+
+QImage WidgetsAbove::picture(const QWidget &view, const Placed &placed, double scale)
+{
+    const QWidget *window = view.window();
+    const QPoint origin = view.mapFrom(window, placed.widget->mapTo(window, QPoint(0, 0)));
+    QImage image(placed.covered.size() * scale, QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(scale);
+    image.fill(Qt::transparent);
+    placed.widget->render(&image, QPoint(), QRegion(placed.covered.translated(-origin)),
+                          QWidget::DrawChildren);
+    return image;
+}
