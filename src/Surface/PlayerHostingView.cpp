@@ -111,9 +111,8 @@ void PlayerHostingView::windowLeaving()
 {
     if (QOpenGLContext *gl = m_window ? m_window->context() : nullptr)
         disconnect(gl, nullptr, this, nullptr);
-    releaseOverlayTextures();
+    releaseWindowBuffers();
     freeRenderContext();
-    m_shown.reset();
     if (!m_closing)
         QTimer::singleShot(0, this, &PlayerHostingView::replaceLostWindow);
 }
@@ -217,15 +216,19 @@ void PlayerHostingView::drawOverlays(QSize pixels)
     glDisable(GL_BLEND);
 }
 
-void PlayerHostingView::releaseOverlayTextures()
+void PlayerHostingView::releaseWindowBuffers()
 {
-    if (m_overlayTextures.empty() || !m_window || !m_window->isValid())
+    if (!m_window || !m_window->isValid())
         return;
     m_window->makeCurrent();
-    glDeleteTextures(GLsizei(m_overlayTextures.size()), m_overlayTextures.data());
-    m_window->doneCurrent();
+    if (!m_overlayTextures.empty())
+        glDeleteTextures(GLsizei(m_overlayTextures.size()), m_overlayTextures.data());
     m_overlayTextures.clear();
     m_overlaysChanged = true;
+    m_shown.reset();
+    m_frame.reset();
+    m_frameHoldsPicture = false;
+    m_window->doneCurrent();
 }
 
 void PlayerHostingView::resizeEvent(QResizeEvent *)
@@ -407,7 +410,8 @@ bool PlayerHostingView::paintShownFrame()
 CapturedPicture PlayerHostingView::readShownFrame(const QRect &rect)
 {
     const double dpr = devicePixelRatioF();
-    const QSize buffer = size() * dpr;
+    // The kept frame has the size the view had when it was drawn.
+    const QSize buffer = m_shown->size();
     const QRect pixels =
         QRect(QPoint(int(std::floor(rect.left() * dpr)), int(std::floor(rect.top() * dpr))),
               QSize(int(std::lround(rect.width() * dpr)), int(std::lround(rect.height() * dpr))))
@@ -445,7 +449,7 @@ void PlayerHostingView::initializeVideo()
     m_vertices = std::make_unique<QOpenGLBuffer>(QOpenGLBuffer::VertexBuffer);
     m_vertices->create();
     m_vertices->setUsagePattern(QOpenGLBuffer::StreamDraw);
-    // A new window for the widget replaces its context: everything made in the old one goes
+    // A new window comes with a new context: everything made in the old one goes
     // with it, and is made again here.
     connect(m_window->context(), &QOpenGLContext::aboutToBeDestroyed, this,
             &PlayerHostingView::freeRenderContext, Qt::DirectConnection);
@@ -571,7 +575,7 @@ void PlayerHostingView::renderDirect(QSize pixels)
     m_frameHoldsPicture = false;
     if (m_player)
         m_player->setVideoPlacement({});
-    // Whole and letterboxed is mpv's own layout: it draws straight into the widget.
+    // Whole and letterboxed is mpv's own layout: it draws straight into the target.
     mpv_opengl_fbo target{int(m_target), pixels.width(), pixels.height(), 0};
     int flip = 1;
     mpv_render_param parameters[] = {{MPV_RENDER_PARAM_OPENGL_FBO, &target},

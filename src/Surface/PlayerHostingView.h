@@ -161,7 +161,8 @@ private:
     void watchWindow();
     void refreshOverlays();
     void drawOverlays(QSize pixels);
-    void releaseOverlayTextures();
+    // What was made in the window's OpenGL context for drawing, with it current.
+    void releaseWindowBuffers();
     // The vertices of a quad with the texture upright, its corners given in the view's
     // coordinates from the top-left clockwise.
     std::array<float, 16> quadVertices(const std::array<QPointF, 4> &corners) const;
