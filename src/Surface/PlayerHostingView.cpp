@@ -400,7 +400,6 @@ bool PlayerHostingView::paintShownFrame()
 {
     if (!m_window || !m_window->isValid())
         return false;
-    m_sinceAsked.start();
     m_window->makeCurrent();
     paintVideo();
     m_window->doneCurrent();
@@ -431,6 +430,8 @@ CapturedPicture PlayerHostingView::readShownFrame(const QRect &rect)
 
 QImage PlayerHostingView::grabFramebuffer()
 {
+    // Marked as asked for before drawing, so that the frame lands in the kept buffer.
+    m_sinceAsked.start();
     if (!paintShownFrame())
         return {};
     CapturedPicture picture = readShownFrame(rect());
