@@ -8,6 +8,7 @@
 #include "Player/PlayerTexts.h"
 #include "Player/PlayerTiming.h"
 #include "Player/RemoteAddress.h"
+#include "Playlist/NetworkThread.h"
 #include "Playlist/PlaylistDownload.h"
 #include "Playlist/PlaylistReader.h"
 #include "Web/OKVideoPlayerRegistry.h"
@@ -38,10 +39,10 @@ bool sameAspect(double a, double b)
 PlayerModel::PlayerModel(YouTubePlayerRegistry &youtubePlayers,
                          OKVideoPlayerRegistry &okVideoPlayers, MpvEngine::Output output,
                          QObject *parent)
-    : QObject(parent), m_engine(output), m_guide(m_network), m_youtubePlayers(youtubePlayers),
-      m_okVideoPlayers(okVideoPlayers), m_playlistTimeout(PlayerTiming::playlistTimeout),
-      m_title(placeholderTitle()), m_mediaLoadID(QUuid::createUuid()),
-      m_remoteRequestID(QUuid::createUuid())
+    : QObject(parent), m_engine(output), m_network(std::make_shared<NetworkThread>()),
+      m_guide(m_network), m_youtubePlayers(youtubePlayers), m_okVideoPlayers(okVideoPlayers),
+      m_playlistTimeout(PlayerTiming::playlistTimeout), m_title(placeholderTitle()),
+      m_mediaLoadID(QUuid::createUuid()), m_remoteRequestID(QUuid::createUuid())
 {
     m_timeTickTimer.setInterval(PlayerTiming::timeTick);
     connect(&m_timeTickTimer, &QTimer::timeout, this, &PlayerModel::timeTick);

@@ -11,7 +11,6 @@
 
 #include <QFuture>
 #include <QList>
-#include <QNetworkAccessManager>
 #include <QObject>
 #include <QString>
 #include <QTimer>
@@ -23,6 +22,7 @@
 #include <optional>
 
 class MediaFileChooser;
+class NetworkThread;
 class OKVideoPlayerRegistry;
 class WebPlayerRegistry;
 class YouTubePlayerRegistry;
@@ -199,7 +199,8 @@ private:
 
     // Declared first so it outlives every timer and download that refers to it.
     MpvEngine m_engine;
-    QNetworkAccessManager m_network;
+    // Playlists and guides arrive on a thread of their own.
+    std::shared_ptr<NetworkThread> m_network;
     ProgrammeGuide m_guide;
     QTimer m_timeTickTimer;
     QTimer m_bufferingIndicatorTimer;

@@ -36,8 +36,8 @@ struct ProgrammeGuide::Reading
     QString problem; // the first guide's failure or fault, if any
 };
 
-ProgrammeGuide::ProgrammeGuide(QNetworkAccessManager &network, QObject *parent)
-    : QObject(parent), m_network(network)
+ProgrammeGuide::ProgrammeGuide(std::shared_ptr<NetworkThread> network, QObject *parent)
+    : QObject(parent), m_network(std::move(network))
 {
     m_userGuide = guideAddress(QSettings().value(addressSettingsKey.toString()).toString());
     m_readers.setMaxThreadCount(1);
@@ -149,8 +149,6 @@ void ProgrammeGuide::load(bool force)
     if (m_cancelled)
         *m_cancelled = true;
     m_cancelled = std::make_shared<std::atomic_bool>(false);
-    for (const QPointer<GuideDownload> &download : std::as_const(m_downloads))
-        delete download.data();
     m_downloads.clear();
 
     QList<WebAddress> guides;
@@ -171,13 +169,17 @@ void ProgrammeGuide::load(bool force)
     m_pending = guides.size();
     const int generation = m_generation;
     for (qsizetype i = 0; i < guides.size(); ++i) {
-        auto *download = new GuideDownload(m_network, GuideCache(GuideCache::defaultFolder()),
-                                           guides[i], m_limits, force, this);
-        connect(download, &GuideDownload::finished, this,
-                [this, generation, i](const QString &path, const QString &failure) {
-                    downloaded(generation, i, path, failure);
-                });
-        m_downloads.append(download);
+        auto *download =
+            new GuideDownload(GuideCache(GuideCache::defaultFolder()), guides[i], m_limits, force);
+        connect(
+            download, &GuideDownload::finished, this,
+            [this, generation, i](const QString &path, const QString &failure) {
+                downloaded(generation, i, path, failure);
+            },
+            Qt::QueuedConnection);
+        m_downloads.emplace_back(m_network, download, [download](QNetworkAccessManager &manager) {
+            download->start(manager);
+        });
     }
 }
 

@@ -4,11 +4,11 @@
 #include "Playlist/ChannelGuideKeys.h"
 #include "Playlist/GuideDownload.h"
 #include "Playlist/GuideSchedule.h"
+#include "Playlist/NetworkJob.h"
 #include "Playlist/PlaylistEntry.h"
 
 #include <QList>
 #include <QObject>
-#include <QPointer>
 #include <QString>
 #include <QThreadPool>
 #include <QTimer>
@@ -16,8 +16,9 @@
 #include <atomic>
 #include <memory>
 #include <optional>
+#include <vector>
 
-class QNetworkAccessManager;
+class NetworkThread;
 
 // The programme guide of the network playlist: the guides its header names, after the one the
 // user set, downloaded into the cache and read off the main thread, keeping only the playlist's
@@ -46,7 +47,8 @@ public:
     static constexpr std::chrono::seconds downloadTimeout{30};
     static constexpr QStringView addressSettingsKey = u"guideAddress";
 
-    explicit ProgrammeGuide(QNetworkAccessManager &network, QObject *parent = nullptr);
+    // Guides are fetched on the network thread given.
+    explicit ProgrammeGuide(std::shared_ptr<NetworkThread> network, QObject *parent = nullptr);
     ~ProgrammeGuide() override;
 
     // The playlist's channels, how guides may know them, and the guides its header names.
@@ -88,7 +90,7 @@ private:
     void setStatus(Status status);
     void armClock();
 
-    QNetworkAccessManager &m_network;
+    std::shared_ptr<NetworkThread> m_network;
     QList<PlaylistEntry> m_entries;
     ChannelGuideKeys m_keys;
     QList<WebAddress> m_headerGuides;
@@ -97,7 +99,7 @@ private:
 
     int m_generation = 0;
     std::shared_ptr<std::atomic_bool> m_cancelled;
-    QList<QPointer<GuideDownload>> m_downloads;
+    std::vector<NetworkJob> m_downloads;
     QList<std::pair<QString, QString>> m_fetched; // per guide: body path, or failure
     qsizetype m_pending = 0;
 

@@ -5,29 +5,28 @@
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
-#include <QTimer>
 #include <QUrl>
 
 using namespace Qt::StringLiterals;
 
-GuideDownload::GuideDownload(QNetworkAccessManager &network, GuideCache cache,
-                             const WebAddress &address, Limits limits, bool force, QObject *parent)
-    : QObject(parent), m_cache(std::move(cache)), m_address(address), m_limits(limits)
+GuideDownload::GuideDownload(GuideCache cache, const WebAddress &address, Limits limits, bool force)
+    : m_cache(std::move(cache)), m_address(address), m_limits(limits), m_force(force)
+{}
+
+void GuideDownload::start(QNetworkAccessManager &network)
 {
-    if (address.isLocalFile()) {
-        const QString path = address.toLocalFile();
-        QTimer::singleShot(0, this, [this, path] {
-            finish(QFile::exists(path) ? path : QString(),
-                   QFile::exists(path) ? QString() : u"The guide file is missing."_s);
-        });
+    if (m_address.isLocalFile()) {
+        const QString path = m_address.toLocalFile();
+        const bool exists = QFile::exists(path);
+        finish(exists ? path : QString(), exists ? QString() : u"The guide file is missing."_s);
         return;
     }
-    const std::optional<GuideCache::Kept> kept = m_cache.find(address);
-    if (kept && !force && kept->isFresh(QDateTime::currentDateTimeUtc())) {
-        QTimer::singleShot(0, this, [this, path = kept->bodyPath] { finish(path, {}); });
+    const std::optional<GuideCache::Kept> kept = m_cache.find(m_address);
+    if (kept && !m_force && kept->isFresh(QDateTime::currentDateTimeUtc())) {
+        finish(kept->bodyPath, {});
         return;
     }
-    start(network, kept);
+    request(network, kept);
 }
 
 GuideDownload::~GuideDownload()
@@ -41,6 +40,7 @@ void GuideDownload::stop()
         m_reply->disconnect(this);
         m_reply->abort();
         m_reply->deleteLater();
+        m_reply = nullptr;
     }
     // A download given up half-way leaves nothing behind.
     if (m_file.isOpen()) {
@@ -54,12 +54,12 @@ QString GuideDownload::tooLargeDescription(qint64 limit)
     return u"The guide is larger than %1 MiB."_s.arg(double(limit) / (1024 * 1024), 0, 'f', 0);
 }
 
-void GuideDownload::start(QNetworkAccessManager &network,
-                          const std::optional<GuideCache::Kept> &kept)
+void GuideDownload::request(QNetworkAccessManager &network,
+                            const std::optional<GuideCache::Kept> &kept)
 {
     m_file.setFileName(m_cache.downloadPath(m_address));
     if (!m_file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
-        QTimer::singleShot(0, this, [this, reason = m_file.errorString()] { finish({}, reason); });
+        finish({}, m_file.errorString());
         return;
     }
     QNetworkRequest request(QUrl::fromEncoded(m_address.bytes(), QUrl::StrictMode));
@@ -134,5 +134,4 @@ void GuideDownload::finish(const QString &bodyPath, const QString &failure)
     m_done = true;
     stop();
     Q_EMIT finished(bodyPath, failure);
-    deleteLater();
 }

@@ -17,8 +17,9 @@ class QNetworkReply;
 // conditional request (ETag, Last-Modified) when it is older, a whole download otherwise. The body
 // goes to disk as it arrives, so a guide of hundreds of megabytes never sits in memory. Redirects
 // are followed; a download is abandoned after the time-out passes without progress and refused
-// beyond its limit of bytes. Emits finished() exactly once, from the event loop, then deletes
-// itself. Main thread.
+// beyond its limit of bytes. Runs on the thread of the manager it starts with (a NetworkThread,
+// so that neither the transfer nor the disk holds up the window) and emits finished() exactly
+// once, unless it is destroyed first, which stops the transfer and removes a body not yet kept.
 class GuideDownload : public QObject
 {
     Q_OBJECT
@@ -33,9 +34,12 @@ public:
     };
 
     // force: asks the server even when the kept copy is fresh.
-    GuideDownload(QNetworkAccessManager &network, GuideCache cache, const WebAddress &address,
-                  Limits limits, bool force, QObject *parent = nullptr);
+    GuideDownload(GuideCache cache, const WebAddress &address, Limits limits, bool force);
     ~GuideDownload() override;
+
+    // Looks in the cache, then asks the server if need be; on the manager's thread, which this
+    // download must have moved to.
+    void start(QNetworkAccessManager &network);
 
     static QString tooLargeDescription(qint64 limit);
 
@@ -44,7 +48,7 @@ Q_SIGNALS:
     void finished(const QString &bodyPath, const QString &failure);
 
 private:
-    void start(QNetworkAccessManager &network, const std::optional<GuideCache::Kept> &kept);
+    void request(QNetworkAccessManager &network, const std::optional<GuideCache::Kept> &kept);
     void onMetaDataChanged();
     void onReadyRead();
     void onFinished();
@@ -55,6 +59,7 @@ private:
     GuideCache m_cache;
     WebAddress m_address;
     Limits m_limits;
+    bool m_force;
     QFile m_file;
     QPointer<QNetworkReply> m_reply;
     bool m_done = false;

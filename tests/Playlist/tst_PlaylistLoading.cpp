@@ -1,5 +1,6 @@
 #include "Player/PlayerModel.h"
 #include "Player/PlayerTexts.h"
+#include "Player/ProgrammeGuide.h"
 #include "Playlist/PlaylistReader.h"
 #include "Playlist/PlaylistTexts.h"
 
@@ -12,6 +13,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QUrl>
+
+#include <memory>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -257,6 +260,44 @@ private Q_SLOTS:
         QCOMPARE(model.errorMessage(), PlayerTexts::playlistOpenFailed.toString() +
                                            PlaylistReader::tooLargeDescription());
         QVERIFY2(longestGap < 500, qPrintable(QString::number(longestGap)));
+    }
+
+    void abandonedTransfersHangUp_data()
+    {
+        // Transfers run on a thread of their own: ending one there must still close its
+        // connection at once, not at its time-out, and a transfer under way must not hold up or
+        // break the player's end.
+        QTest::addColumn<bool>("guide");
+        QTest::newRow("player closed while the list is asked for") << false;
+        QTest::newRow("list replaced while its guide is asked for") << true;
+    }
+
+    void abandonedTransfersHangUp()
+    {
+        QFETCH(bool, guide);
+        TestHttpServer server;
+        TestHttpReply silent;
+        silent.neverAnswer = true;
+        server.route("/silent", silent);
+        server.route("/guided.m3u",
+                     playlist("#EXTM3U url-tvg=\"" + server.url(u"/silent"_s).toUtf8() +
+                              "\"\n#EXTINF:-1,One\nhttp://a.example/1\n"));
+        server.route("/plain.m3u", playlist(twoChannels));
+        auto player = std::make_unique<TestPlayer>();
+        PlayerModel &model = player->model;
+        model.setPlaylistTimeout(60s);
+        if (guide) {
+            waitForLoad(model.openRemote(server.url(u"/guided.m3u"_s), std::nullopt));
+            QTRY_COMPARE(server.requestCount("/silent"), 1);
+            QCOMPARE(model.guide().status(), ProgrammeGuide::Status::loading);
+            waitForLoad(model.openRemote(server.url(u"/plain.m3u"_s), std::nullopt));
+            QCOMPARE(model.playlist().size(), 2);
+        } else {
+            model.openRemote(server.url(u"/silent"_s), std::nullopt);
+            QTRY_COMPARE(server.requestCount("/silent"), 1);
+            player.reset();
+        }
+        QTRY_COMPARE_WITH_TIMEOUT(server.openConnections(), 0, 5000);
     }
 
     void failedImportsEmptyTheList_data()

@@ -99,11 +99,15 @@ public:
     void setHandler(Handler handler) { m_handler = std::move(handler); }
     const QList<QByteArray> &requestHeads() const { return m_requestHeads; }
     int requestCount(const QByteArray &path) const { return m_counts.value(path); }
+    // Connections accepted that neither side has closed yet.
+    int openConnections() const { return m_open; }
 
 private:
     void accept(QTcpSocket *socket)
     {
         auto head = std::make_shared<QByteArray>();
+        ++m_open;
+        QObject::connect(socket, &QTcpSocket::disconnected, this, [this] { --m_open; });
         QObject::connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
         QObject::connect(socket, &QTcpSocket::readyRead, socket, [this, socket, head] {
             if (head->endsWith("\r\n\r\n"))
@@ -216,4 +220,5 @@ private:
     Handler m_handler;
     QList<QByteArray> m_requestHeads;
     QHash<QByteArray, int> m_counts;
+    int m_open = 0;
 };
