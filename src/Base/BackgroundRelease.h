@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Base/BackgroundPriority.h"
+
 #include <QList>
 #include <QThreadPool>
 
@@ -17,5 +19,8 @@ void releaseInBackground(QList<T> &&list)
         list = {};
         return;
     }
-    QThreadPool::globalInstance()->start([doomed = std::move(list)] { Q_UNUSED(doomed); });
+    QThreadPool::globalInstance()->start([doomed = std::move(list)]() mutable {
+        BackgroundPriority::lowerCurrentThread();
+        doomed = {};
+    });
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Base/BackgroundPriority.h"
+
 #include <QFuture>
 #include <QObject>
 #include <QPromise>
@@ -9,10 +11,10 @@
 #include <type_traits>
 #include <utility>
 
-// Runs work on the pool, then the continuation on the context object's thread (not at all once
-// the context is gone). The continuation is attached before the work can start: with Qt 6.4, a
-// continuation attached while a worker finishes the same future can be lost under load, and the
-// result with it.
+// Runs work on the pool (below the main thread's priority), then the continuation on the context
+// object's thread (not at all once the context is gone). The continuation is attached before the
+// work can start: with Qt 6.4, a continuation attached while a worker finishes the same future can
+// be lost under load, and the result with it.
 template <typename Work, typename Continuation>
 auto runInBackground(QThreadPool &pool, QObject *context, Work work, Continuation continuation)
 {
@@ -21,6 +23,7 @@ auto runInBackground(QThreadPool &pool, QObject *context, Work work, Continuatio
     promise->start();
     auto next = promise->future().then(context, std::move(continuation));
     pool.start([promise, work = std::move(work)]() mutable {
+        BackgroundPriority::lowerCurrentThread();
         promise->addResult(work());
         promise->finish();
     });

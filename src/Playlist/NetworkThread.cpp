@@ -1,5 +1,7 @@
 #include "Playlist/NetworkThread.h"
 
+#include "Base/BackgroundPriority.h"
+
 #include <QCoreApplication>
 #include <QNetworkAccessManager>
 
@@ -30,6 +32,7 @@ QNetworkAccessManager &NetworkThread::manager()
 
 void NetworkThread::run()
 {
+    BackgroundPriority::lowerCurrentThread();
     exec();
     // Work posted before the stop still runs (the last of it usually deletes a transfer); then
     // the manager's children go with it, here, where they live.

@@ -1,5 +1,6 @@
 #include "Playlist/PlaylistReader.h"
 
+#include "Base/BackgroundPriority.h"
 #include "Playlist/GuideAddresses.h"
 #include "Playlist/PlaylistError.h"
 #include "Playlist/PlaylistParser.h"
@@ -121,7 +122,10 @@ PlaylistReadResult PlaylistReader::read(QByteArrayView bytes, const WebAddress &
         };
         std::thread helper;
         try {
-            helper = std::thread(readSecondHalf);
+            helper = std::thread([&] {
+                BackgroundPriority::lowerCurrentThread();
+                readSecondHalf();
+            });
         } catch (const std::system_error &) {
             // No thread to be had (a process limit): the halves are read one after the other.
             readSecondHalf();
