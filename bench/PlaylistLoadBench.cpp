@@ -5,13 +5,15 @@
 // of its own, then RUNS times types its address into the window's address field and presses Return,
 // and times each load from the key press to the first paint of the channel list holding every
 // channel. Meanwhile a 1 ms timer on the main thread records the longest gap between its ticks: how
-// long the window could not have answered. The first load starts from an empty list; the others
+// long the window could not have answered, and how much of that gap the main thread itself worked.
+// The first load starts from an empty list; the others
 // replace the list of the load before. With a guide, each load also waits for the guide to be read
 // (downloaded the first time, then from the cache) and the longest gap covers that too. Prints one
 // JSON line per load, then the longest gap while the idle window repaints its list (what a frame of
 // this window costs on this machine) and the process's peak resident memory.
 
 #include "App/AppSession.h"
+#include "Base/ThreadCpuTime.h"
 #include "Player/ProgrammeGuide.h"
 #include "Playlist/ChannelListModel.h"
 #include "UI/AddressField.h"
@@ -103,7 +105,14 @@ public:
         m_timer.setTimerType(Qt::PreciseTimer);
         m_timer.setInterval(1);
         QObject::connect(&m_timer, &QTimer::timeout, this, [this] {
-            m_longestNs = std::max(m_longestNs, m_sinceTick.nsecsElapsed());
+            const qint64 gap = m_sinceTick.nsecsElapsed();
+            const double cpu = threadCpuMs();
+            if (gap > m_longestNs) {
+                m_longestNs = gap;
+                m_longestCpuMs = cpu - m_cpuAtTick;
+                m_longestAtNs = m_sinceReset.nsecsElapsed();
+            }
+            m_cpuAtTick = cpu;
             m_sinceTick.restart();
         });
         reset();
@@ -113,13 +122,24 @@ public:
     {
         m_longestNs = 0;
         m_sinceTick.restart();
+        m_sinceReset.restart();
+        m_cpuAtTick = threadCpuMs();
     }
     double longestMs() const { return double(m_longestNs) / 1e6; }
+    // How much of the longest gap the main thread spent working itself; the rest it waited
+    // for a core (or for the X server).
+    double longestCpuMs() const { return m_longestCpuMs; }
+    // When the longest gap ended, after the reset.
+    double longestAtMs() const { return double(m_longestAtNs) / 1e6; }
 
 private:
     QTimer m_timer;
     QElapsedTimer m_sinceTick;
+    QElapsedTimer m_sinceReset;
     qint64 m_longestNs = 0;
+    double m_longestCpuMs = 0;
+    qint64 m_longestAtNs = 0;
+    double m_cpuAtTick = 0;
 };
 
 // Calls back after each paint of a widget, once the paint is over.
@@ -219,10 +239,12 @@ int main(int argc, char **argv)
         // Half a second more, for whatever the load left to the event loop (the old list's
         // release, deferred deletions), before the longest stall is read.
         QTimer::singleShot(500, &application, [&, listedMs] {
-            std::printf("{\"run\":%d,\"replacing\":%s,\"settledMs\":%.1f,\"listedMs\":%.1f,"
-                        "\"channels\":%lld,\"longestStallMs\":%.2f",
-                        run + 1, run > 0 ? "true" : "false", settledMs, listedMs,
-                        static_cast<long long>(listedAtSettle), stalls.longestMs());
+            std::printf(
+                "{\"run\":%d,\"replacing\":%s,\"settledMs\":%.1f,\"listedMs\":%.1f,"
+                "\"channels\":%lld,\"longestStallMs\":%.2f,\"stallCpuMs\":%.2f,\"stallAtMs\":%.1f",
+                run + 1, run > 0 ? "true" : "false", settledMs, listedMs,
+                static_cast<long long>(listedAtSettle), stalls.longestMs(), stalls.longestCpuMs(),
+                stalls.longestAtMs());
             if (!guide.isEmpty())
                 waitForGuide();
             std::printf("}\n");
