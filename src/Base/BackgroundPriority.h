@@ -1,6 +1,8 @@
 #pragma once
 
 #if defined(__linux__)
+#include <pthread.h>
+#include <sched.h>
 #include <sys/resource.h>
 #include <unistd.h>
 #elif defined(__APPLE__)
@@ -24,6 +26,10 @@ public:
             return;
         lowered = true;
 #if defined(__linux__)
+        // A batch thread never preempts the thread that wakes it: handing work to the pool does
+        // not cost the main thread the rest of its slice.
+        const sched_param parameters{};
+        pthread_setschedparam(pthread_self(), SCHED_BATCH, &parameters);
         // Linux keeps a nice value per thread: 5 gives a third of the main thread's share of a
         // contended core.
         setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), niceness);
