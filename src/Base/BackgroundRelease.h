@@ -5,6 +5,8 @@
 #include <QList>
 #include <QThreadPool>
 
+#include <memory>
+
 #include <utility>
 
 // Lets go of a list on a worker thread when the caller holds its last reference. Freeing the
@@ -22,5 +24,20 @@ void releaseInBackground(QList<T> &&list)
     QThreadPool::globalInstance()->start([doomed = std::move(list)]() mutable {
         BackgroundPriority::lowerCurrentThread();
         doomed = {};
+    });
+}
+
+// The same for an object held by a shared pointer, such as an index built over a long list: it
+// goes on a worker thread when the caller held the last reference.
+template <typename T>
+void releaseInBackground(std::shared_ptr<T> &&object)
+{
+    if (!object || object.use_count() > 1) {
+        object.reset();
+        return;
+    }
+    QThreadPool::globalInstance()->start([doomed = std::move(object)]() mutable {
+        BackgroundPriority::lowerCurrentThread();
+        doomed.reset();
     });
 }

@@ -103,8 +103,8 @@ void ChannelListModel::show(Filtered filtered, bool listChanged)
 {
     beginResetModel();
     releaseInBackground(std::exchange(m_entries, std::move(filtered.entries)));
-    m_index = std::move(filtered.index);
-    m_rows = std::move(filtered.rows);
+    releaseInBackground(std::exchange(m_index, std::move(filtered.index)));
+    releaseInBackground(std::exchange(m_rows, std::move(filtered.rows)));
     endResetModel();
     if (listChanged)
         Q_EMIT choicesChanged();

@@ -65,6 +65,33 @@ private Q_SLOTS:
         QVERIFY(freedOn->load() != nullptr);
         QCOMPARE(freedOn->load() == QThread::currentThread(), !elsewhere);
     }
+
+    void freesSharedObjectsHeldAloneOffTheCallingThread_data()
+    {
+        QTest::addColumn<bool>("shared");
+        QTest::newRow("held alone") << false;
+        QTest::newRow("someone shares it") << true;
+    }
+
+    void freesSharedObjectsHeldAloneOffTheCallingThread()
+    {
+        QFETCH(bool, shared);
+        auto freedOn = std::make_shared<std::atomic<QThread *>>(nullptr);
+        auto object = std::make_shared<Sentinel>();
+        object->freedOn = freedOn;
+        std::shared_ptr<Sentinel> copy = shared ? object : nullptr;
+
+        releaseInBackground(std::move(object));
+        QVERIFY(!object);
+        if (shared) {
+            QCOMPARE(freedOn->load(), nullptr);
+            copy.reset();
+            QCOMPARE(freedOn->load(), QThread::currentThread());
+        } else {
+            QTRY_VERIFY(freedOn->load() != nullptr);
+            QVERIFY(freedOn->load() != QThread::currentThread());
+        }
+    }
 };
 
 QTEST_GUILESS_MAIN(tst_BackgroundRelease)
