@@ -3,6 +3,7 @@
 #include "Base/SymbolIcons.h"
 #include "Surface/SurfaceTexts.h"
 
+#include <QEvent>
 #include <QPainter>
 
 namespace {
@@ -23,26 +24,28 @@ PlayerPromptButton::PlayerPromptButton(QWidget *parent) : QAbstractButton(parent
     setToolTip(SurfaceTexts::promptToolTip.toString());
     setCursor(Qt::PointingHandCursor);
     setFocusPolicy(Qt::NoFocus);
+    deriveFonts();
 }
 
-QFont PlayerPromptButton::titleFont() const
+void PlayerPromptButton::deriveFonts()
 {
-    QFont font = this->font();
-    font.setWeight(QFont::DemiBold);
-    return font;
+    m_titleFont = font();
+    m_titleFont.setWeight(QFont::DemiBold);
+    m_detailFont = font();
+    m_detailFont.setPointSizeF(std::max(m_detailFont.pointSizeF() - 2, 7.0));
 }
 
-QFont PlayerPromptButton::detailFont() const
+void PlayerPromptButton::changeEvent(QEvent *event)
 {
-    QFont font = this->font();
-    font.setPointSizeF(std::max(font.pointSizeF() - 2, 7.0));
-    return font;
+    if (event->type() == QEvent::FontChange)
+        deriveFonts();
+    QAbstractButton::changeEvent(event);
 }
 
 QSize PlayerPromptButton::sizeHint() const
 {
-    const QFontMetrics title(titleFont());
-    const QFontMetrics detail(detailFont());
+    const QFontMetrics title(m_titleFont);
+    const QFontMetrics detail(m_detailFont);
     const int width =
         std::max({symbolSize, title.horizontalAdvance(SurfaceTexts::promptTitle.toString()),
                   detail.horizontalAdvance(SurfaceTexts::promptDetail.toString())});
@@ -53,8 +56,8 @@ QSize PlayerPromptButton::sizeHint() const
 void PlayerPromptButton::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
-    const QFontMetrics title(titleFont());
-    const QFontMetrics detail(detailFont());
+    const QFontMetrics title(m_titleFont);
+    const QFontMetrics detail(m_detailFont);
     const int stackHeight = symbolSize + spacing + title.height() + spacing + detail.height();
     int y = (height() - stackHeight) / 2;
 
@@ -62,12 +65,12 @@ void PlayerPromptButton::paintEvent(QPaintEvent *)
         SymbolIcons::pixmap(u"play.rectangle", symbolSize, white(0.38), devicePixelRatioF());
     painter.drawPixmap((width() - symbolSize) / 2, y, symbol);
     y += symbolSize + spacing;
-    painter.setFont(titleFont());
+    painter.setFont(m_titleFont);
     painter.setPen(white(0.72));
     painter.drawText(QRect(0, y, width(), title.height()), Qt::AlignCenter,
                      SurfaceTexts::promptTitle.toString());
     y += title.height() + spacing;
-    painter.setFont(detailFont());
+    painter.setFont(m_detailFont);
     painter.setPen(white(0.45));
     painter.drawText(QRect(0, y, width(), detail.height()), Qt::AlignCenter,
                      SurfaceTexts::promptDetail.toString());

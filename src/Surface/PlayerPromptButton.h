@@ -15,8 +15,14 @@ public:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void changeEvent(QEvent *event) override;
 
 private:
-    QFont titleFont() const;
-    QFont detailFont() const;
+    void deriveFonts();
+
+    // Kept rather than derived at each paint: a font held keeps its engine, which Qt's font cache
+    // would otherwise drop and build again (tens of milliseconds) when a long list's painting
+    // fills the cache.
+    QFont m_titleFont;
+    QFont m_detailFont;
 };
