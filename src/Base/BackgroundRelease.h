@@ -6,7 +6,6 @@
 #include <QThreadPool>
 
 #include <memory>
-
 #include <utility>
 
 // Lets go of a list on a worker thread when the caller holds its last reference. Freeing the
