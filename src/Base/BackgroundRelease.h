@@ -8,6 +8,16 @@
 #include <memory>
 #include <utility>
 
+// Destroys the value on a pool thread, below the main thread's priority.
+template <typename T>
+void destroyOnPool(T &&doomed)
+{
+    QThreadPool::globalInstance()->start([doomed = std::forward<T>(doomed)]() mutable {
+        BackgroundPriority::lowerCurrentThread();
+        doomed = T();
+    });
+}
+
 // Lets go of a list on a worker thread when the caller holds its last reference. Freeing the
 // channels of a long playlist one string at a time takes tens of milliseconds, longer than a
 // frame, so the main thread hands that work away; a list someone else still shares only loses
@@ -20,10 +30,7 @@ void releaseInBackground(QList<T> &&list)
         list = {};
         return;
     }
-    QThreadPool::globalInstance()->start([doomed = std::move(list)]() mutable {
-        BackgroundPriority::lowerCurrentThread();
-        doomed = {};
-    });
+    destroyOnPool(std::move(list));
 }
 
 // The same for an object held by a shared pointer, such as an index built over a long list: it
@@ -35,8 +42,5 @@ void releaseInBackground(std::shared_ptr<T> &&object)
         object.reset();
         return;
     }
-    QThreadPool::globalInstance()->start([doomed = std::move(object)]() mutable {
-        BackgroundPriority::lowerCurrentThread();
-        doomed.reset();
-    });
+    destroyOnPool(std::move(object));
 }

@@ -1,5 +1,6 @@
 #include "Player/ProgrammeGuide.h"
 
+#include "Base/BackgroundRelease.h"
 #include "Base/BackgroundTask.h"
 #include "Player/PlayerTexts.h"
 #include "Playlist/GuideCache.h"
@@ -12,6 +13,7 @@
 #include <QThreadPool>
 
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -124,8 +126,7 @@ void ProgrammeGuide::dropSchedule()
     if (m_schedule.isEmpty())
         return;
     // A schedule of thousands of channels is let go of on a worker thread.
-    QThreadPool::globalInstance()->start([doomed = std::move(m_schedule)] { Q_UNUSED(doomed); });
-    m_schedule = {};
+    destroyOnPool(std::exchange(m_schedule, {}));
     Q_EMIT scheduleChanged();
 }
 

@@ -20,9 +20,6 @@ PlaylistDownload::PlaylistDownload(std::shared_ptr<NetworkThread> network, const
 
 void PlaylistDownload::onTransferFinished(const QByteArray &body, const QString &failure)
 {
-    if (m_done)
-        return;
-    m_done = true;
     Q_EMIT finished(body, failure);
     deleteLater();
 }

@@ -31,6 +31,6 @@ Q_SIGNALS:
 private:
     void onTransferFinished(const QByteArray &body, const QString &failure);
 
+    // Its transfer reports exactly once.
     NetworkJob m_transfer;
-    bool m_done = false;
 };
