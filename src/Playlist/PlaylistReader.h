@@ -38,8 +38,8 @@ public:
     // not a local file keeps only http and https logos. Runs a second thread for large lists.
     static PlaylistReadResult read(QByteArrayView bytes, const WebAddress &base);
     // What read() makes of the device's bytes from its position on (at most limit of them): a
-    // file is read a block at a time, never whole. The device blocks until it has data (a file,
-    // or a pipe opened as one).
+    // file is read a block at a time, never whole, and a large file opened by name in two halves
+    // at once. The device blocks until it has data (a file, or a pipe opened as one).
     static PlaylistReadResult readDevice(QIODevice &device, const WebAddress &base, qint64 limit,
                                          Guides guides = Guides::kept);
     // readDevice() of the file at path (at most maximumBytes) against its address.

@@ -102,6 +102,18 @@ void PlaylistTextSurvey::add(QByteArrayView block)
         });
 }
 
+void PlaylistTextSurvey::append(const PlaylistTextSurvey &later)
+{
+    if (m_start.size() < startLength)
+        m_start += QByteArrayView(later.m_start)
+                       .first(std::min(later.m_start.size(), startLength - m_start.size()));
+    m_size += later.m_size;
+    m_controls += later.m_controls;
+    m_hasNul = m_hasNul || later.m_hasNul;
+    m_validUtf8 = m_validUtf8 && later.m_validUtf8;
+    m_addressLineBound += later.m_addressLineBound;
+}
+
 bool PlaylistTextSurvey::isText() const
 {
     for (const auto &[offset, signature] : binarySignatures) {

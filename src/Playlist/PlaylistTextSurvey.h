@@ -16,6 +16,9 @@ public:
     // The bytes in order, in blocks that end after a line break byte (LF, VT, FF or CR), except
     // the last one.
     void add(QByteArrayView block);
+    // Adds what a survey of the bytes right after these found, as if they had been added here.
+    // The two parts meet at the start of a line.
+    void append(const PlaylistTextSurvey &later);
 
     // Whether the bytes can be a playlist at all: text has no NUL, does not start like a media or
     // archive file, and uses control characters other than tab, line breaks and form feed hardly

@@ -266,6 +266,21 @@ private Q_SLOTS:
             << half + "#EXTINF:-1 tvg-id=\"mid\"," + QByteArray(2000, 'm') +
                    "\nhttp://s/middle\n#EXTINF:-1,Orphan\n" + half
             << int(2 * (half.size() / keyed.size()) + 1);
+        // A file that large is read in two halves at once as well, each surveyed on its own: what
+        // one half finds decides for both, and the text must come out as if read whole.
+        const QByteArray named = "#EXTINF:-1 group-title=\"Caf\xc3\xa9\",Caf\xc3\xa9\nhttp://s/c\n";
+        const QByteArray namedHalf = named.repeated(PlaylistReader::splitBytes / named.size());
+        const int namedCount = int(namedHalf.size() / named.size());
+        QTest::newRow("two halves, a Windows-1252 byte in the first only")
+            << "#EXTINF:-1,\xe9\nhttp://s/first\n" + namedHalf + namedHalf << 2 * namedCount + 1;
+        QTest::newRow("two halves, a NUL byte in the second only")
+            << namedHalf + namedHalf + "http://s/last" + QByteArray(1, '\0') + "\n"
+            << 0;
+        QTest::newRow("two halves after a byte-order mark")
+            << "\xef\xbb\xbfhttp://s/first\n" + namedHalf + namedHalf << 2 * namedCount + 1;
+        QTest::newRow("a line at the middle too long to find the second half's start")
+            << namedHalf + "#" + QByteArray(PlaylistReader::blockBytes / 4, 'x') + "\n" + namedHalf
+            << 2 * namedCount;
         QTest::newRow("byte-order mark and no final line break")
             << "\xef\xbb\xbfhttp://s/a\n" + channel.repeated(block / channel.size()) + "http://s/z"
             << int(block / channel.size() + 2);

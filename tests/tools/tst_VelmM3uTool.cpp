@@ -143,23 +143,49 @@ private Q_SLOTS:
         QCOMPARE(result.out, json + '\n');
     }
 
+    void summarises_data()
+    {
+        QTest::addColumn<QByteArray>("list");
+        QTest::addColumn<QByteArray>("summary");
+
+        QTest::newRow("a short list")
+            << QByteArray("#EXTINF:-1 tvg-logo=\"http://l/1.png\" group-title=\"News\" "
+                          "tvg-id=\"a.us\",A\nhttp://s/a\n"
+                          "#EXTINF:-1 group-title=\"News\" tvg-country=\"CA\",B\nhttp://s/b\n"
+                          "#EXTINF:-1 group-title=\"Kids\" tvg-country=\"us\",C\nhttp://s/c\n"
+                          "http://s/d\n")
+            << QByteArray("Entries:            4\n"
+                          "Distinct countries: 2\n"
+                          "Distinct groups:    2\n"
+                          "Without logo:       3\n"
+                          "Without group:      1\n"
+                          "Without country:    1\n");
+        // Large enough to be read in two halves at once, each keeping strings of its own: a group
+        // or country met in both halves is still one.
+        const QByteArray pair =
+            "#EXTINF:-1 group-title=\"News\" tvg-country=\"CA\",A\nhttp://s/a\n"
+            "#EXTINF:-1 group-title=\"Kids\" tvg-country=\"ca\",B\nhttp://s/b\n";
+        const int pairs = 40000;
+        QTest::newRow("a list read in two halves")
+            << pair.repeated(pairs)
+            << QByteArray("Entries:            " + QByteArray::number(2 * pairs) +
+                          "\n"
+                          "Distinct countries: 1\n"
+                          "Distinct groups:    2\n"
+                          "Without logo:       " +
+                          QByteArray::number(2 * pairs) +
+                          "\n"
+                          "Without group:      0\n"
+                          "Without country:    0\n");
+    }
+
     void summarises()
     {
-        const QString path =
-            write(u"s.m3u"_s,
-                  "#EXTINF:-1 tvg-logo=\"http://l/1.png\" group-title=\"News\" tvg-id=\"a.us\",A\n"
-                  "http://s/a\n"
-                  "#EXTINF:-1 group-title=\"News\" tvg-country=\"CA\",B\nhttp://s/b\n"
-                  "#EXTINF:-1 group-title=\"Kids\" tvg-country=\"us\",C\nhttp://s/c\n"
-                  "http://s/d\n");
-        const ProcessResult result = tool({u"stats"_s, path});
+        QFETCH(QByteArray, list);
+        QFETCH(QByteArray, summary);
+        const ProcessResult result = tool({u"stats"_s, write(u"s.m3u"_s, list)});
         QCOMPARE(result.exitCode, 0);
-        QCOMPARE(result.out, QByteArray("Entries:            4\n"
-                                        "Distinct countries: 2\n"
-                                        "Distinct groups:    2\n"
-                                        "Without logo:       3\n"
-                                        "Without group:      1\n"
-                                        "Without country:    1\n"));
+        QCOMPARE(result.out, summary);
     }
 
     void countsAGuidesProgrammes()

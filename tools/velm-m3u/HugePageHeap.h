@@ -17,7 +17,10 @@
 
 namespace HugePageHeap {
 
-inline constexpr const char *tunable = "glibc.malloc.hugetlb=1";
+// A large list is parsed in two halves at once, and the second thread's strings come from a heap
+// of its own. glibc asks for huge pages only for the room such a heap is made with, so it is made
+// with room for the half of a long list (its top pad) instead of growing a page at a time.
+inline constexpr const char *tunable = "glibc.malloc.hugetlb=1:glibc.malloc.top_pad=33554432";
 
 inline bool kernelOffersHugePages()
 {
