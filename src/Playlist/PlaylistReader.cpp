@@ -12,10 +12,12 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <atomic>
 #include <limits>
 #include <optional>
 #include <system_error>
 #include <thread>
+#include <vector>
 
 #if defined(Q_OS_UNIX)
 #include <cerrno>
@@ -105,15 +107,64 @@ void runBeside(BesideWork &&besideWork, OwnWork &&ownWork)
 // The line break and prefix that start a channel's description line.
 constexpr QByteArrayView descriptionStart("\n#EXTINF:");
 
-// Where a second parser can take over the text: the start of a description line at or after the
-// middle. That line replaces whatever description the first half leaves pending, so each half is
-// parsed as it would be in one pass; text without such a line stays whole (its size is returned).
-qsizetype handOverPoint(QByteArrayView text)
+// Runs work(part) for each part in [0, parts) on this thread and a helper at once, each thread
+// taking the next part nobody took yet: when one core is slower (busy with other work), the
+// other parses more of the parts.
+template <typename Work>
+void shareParts(qsizetype parts, Work &&work)
 {
-    if (text.size() < PlaylistReader::splitBytes)
-        return text.size();
-    const qsizetype at = text.indexOf(descriptionStart, text.size() / 2);
-    return at < 0 ? text.size() : at + 1;
+    if (parts == 1)
+        return work(0);
+    std::atomic<qsizetype> next = 0;
+    const auto takeParts = [&] {
+        for (qsizetype part = next++; part < parts; part = next++)
+            work(part);
+    };
+    runBeside(takeParts, takeParts);
+}
+
+// Where text of size bytes can be cut into parts that parse on their own: the offsets at which
+// parts start, the first being 0. A part starts with a description line, which replaces whatever
+// description the part before leaves pending, so each is parsed as it would be in one pass. The
+// line is looked for only a short way past where a part would start by size (a real list starts
+// a description every few hundred bytes); where there is none, the parts around join.
+// descriptionAt(offset, window) finds "\n#EXTINF:" in the window bytes from offset on, giving
+// its offset or nothing.
+template <typename DescriptionAt>
+QList<qint64> partStarts(qint64 size, DescriptionAt &&descriptionAt)
+{
+    constexpr qsizetype searchBytes = 64 * 1024;
+    QList<qint64> starts{0};
+    if (size < PlaylistReader::splitBytes)
+        return starts;
+    const qint64 parts =
+        std::clamp<qint64>(size / PlaylistReader::partBytes, 2, PlaylistReader::maxParts);
+    for (qint64 part = 1; part < parts; ++part) {
+        const qint64 bySize = size * part / parts;
+        if (bySize <= starts.last())
+            continue;
+        if (const std::optional<qint64> at = descriptionAt(bySize, searchBytes))
+            starts.append(*at + 1);
+    }
+    return starts;
+}
+
+// Parses the parts of a text at once (see shareParts), each into a run of its own, made by the
+// thread that takes the part, and joins the runs in order into the first one. readPart(part, run)
+// reads a part into its run; capacityOf(part) is how many channels its run makes room for (a list
+// grows if that is short): the first run's room is for every channel, as it takes the others'.
+template <typename CapacityOf, typename ReadPart>
+std::vector<std::optional<PlaylistParserRun>>
+parseParts(qsizetype parts, const WebAddress &base, PlaylistTextDecoder::Encoding encoding,
+           bool keepGuideKeys, CapacityOf &&capacityOf, ReadPart &&readPart)
+{
+    std::vector<std::optional<PlaylistParserRun>> runs(static_cast<size_t>(parts));
+    shareParts(parts, [&](qsizetype part) {
+        readPart(part, runs[size_t(part)].emplace(base, encoding, capacityOf(part), keepGuideKeys));
+    });
+    for (qsizetype part = 1; part < parts; ++part)
+        runs.front()->append(std::move(*runs[size_t(part)]));
+    return runs;
 }
 
 // Hands the text's blocks to run, the first one without its byte-order mark; with the guides
@@ -196,27 +247,21 @@ auto readingAt(int handle, qint64 offset, int &error)
     };
 }
 
-// Where a second reader can take over a file of size bytes from start: as handOverPoint(), but
-// searched only a short way past the middle, where a real list starts a description within a few
-// hundred bytes. Nothing when the file is too small to split or no description starts there.
-std::optional<qint64> fileHandOverPoint(int handle, qint64 start, qint64 size)
+// The offset of the first description line within window bytes of the file from offset on.
+std::optional<qint64> fileDescriptionAt(int handle, qint64 offset, qsizetype window)
 {
-    constexpr qsizetype searchBytes = 64 * 1024;
-    if (size < PlaylistReader::splitBytes)
-        return std::nullopt;
-    const qint64 middle = start + size / 2;
-    QByteArray window(searchBytes, Qt::Uninitialized);
+    QByteArray bytes(window, Qt::Uninitialized);
     int error = 0;
-    const qint64 got = readingAt(handle, middle, error)(window.data(), searchBytes);
+    const qint64 got = readingAt(handle, offset, error)(bytes.data(), window);
     const qsizetype at =
-        got > 0 ? QByteArrayView(window.constData(), got).indexOf(descriptionStart) : -1;
-    return at < 0 ? std::nullopt : std::optional(middle + at + 1);
+        got > 0 ? QByteArrayView(bytes.constData(), got).indexOf(descriptionStart) : -1;
+    return at < 0 ? std::nullopt : std::optional(offset + at);
 }
 
-// One of the two halves of a file read at once.
-struct FileHalf
+// One of the parts of a file read at once.
+struct FilePart
 {
-    FileHalf(qint64 from, qint64 most) : begin(from), limit(most) {}
+    FilePart(qint64 from, qint64 most) : begin(from), limit(most) {}
 
     qint64 begin;
     qint64 limit;    // how many bytes to read at most
@@ -231,62 +276,81 @@ struct FileHalf
     }
 };
 
-std::optional<PlaylistReadResult> readFailure(const FileHalf &first, const FileHalf &second)
+std::optional<PlaylistReadResult> readFailure(const std::vector<FilePart> &parts)
 {
-    for (const FileHalf *half : {&first, &second}) {
-        if (half->size < 0)
+    for (const FilePart &part : parts) {
+        if (part.size < 0)
             return PlaylistReadResult::failed(
-                QString::fromStdString(std::generic_category().message(half->error)));
+                QString::fromStdString(std::generic_category().message(part.error)));
     }
     return std::nullopt;
 }
 
-// What readInOnePass() makes of a large file, read in two halves at once, each surveyed and then
-// parsed on a thread of its own: a machine with a second core lists the channels that much
-// sooner, and the bytes are still never held whole. Nothing when the file cannot be split at a
-// description line near its middle, or shrank while it was read; it is then read in one pass.
-std::optional<PlaylistReadResult> readInHalves(int handle, qint64 start, qint64 size, qint64 limit,
-                                               const WebAddress &base,
-                                               PlaylistReader::Guides guides)
+// The parts of the file of size bytes from start, where it can be cut; nothing when it cannot.
+// The last part reads to the end, one byte past the limit, to tell a file that grew.
+std::vector<FilePart> fileParts(int handle, qint64 start, qint64 size, qint64 limit)
 {
-    const std::optional<qint64> split = fileHandOverPoint(handle, start, size);
-    if (!split)
+    const QList<qint64> starts = partStarts(size, [&](qint64 offset, qsizetype window) {
+        const std::optional<qint64> at = fileDescriptionAt(handle, start + offset, window);
+        return at ? std::optional(*at - start) : std::nullopt;
+    });
+    std::vector<FilePart> parts;
+    for (qsizetype part = 0; starts.size() > 1 && part < starts.size(); ++part) {
+        const qint64 end = part + 1 < starts.size() ? starts[part + 1] : limit + 1;
+        parts.emplace_back(start + starts[part], end - starts[part]);
+    }
+    return parts;
+}
+
+// What readInOnePass() makes of a large file, cut into parts that are surveyed, and then parsed,
+// on two threads at once: a machine with a second core lists the channels that much sooner, and
+// the bytes are still never held whole. Nothing when the file cannot be cut at description lines,
+// or shrank while it was read; it is then read in one pass.
+std::optional<PlaylistReadResult> readInParts(int handle, qint64 start, qint64 size, qint64 limit,
+                                              const WebAddress &base, PlaylistReader::Guides guides)
+{
+    std::vector<FilePart> parts = fileParts(handle, start, size, limit);
+    if (parts.empty())
         return std::nullopt;
-    FileHalf first{start, *split - start};
-    // The second half reads to the end, one byte past the limit, to tell a file that grew.
-    FileHalf second{*split, limit + 1 - first.limit};
-    const auto survey = [handle](FileHalf &half) {
-        half.read(handle, [&half](QByteArrayView block) { half.survey.add(block); });
-    };
-    runBeside([&] { survey(second); }, [&] { survey(first); });
-    if (auto failure = readFailure(first, second))
+    shareParts(qsizetype(parts.size()), [&](qsizetype index) {
+        FilePart &part = parts[size_t(index)];
+        part.read(handle, [&part](QByteArrayView block) { part.survey.add(block); });
+    });
+    if (auto failure = readFailure(parts))
         return failure;
-    if (first.size != first.limit)
-        return std::nullopt;
-    if (first.size + second.size > limit)
+    PlaylistTextSurvey whole;
+    qint64 total = 0;
+    for (const FilePart &part : parts) {
+        if (&part != &parts.back() && part.size != part.limit)
+            return std::nullopt;
+        whole.append(part.survey);
+        total += part.size;
+    }
+    if (total > limit)
         return PlaylistReadResult::failed(PlaylistReader::tooLargeDescription());
-    PlaylistTextSurvey whole = first.survey;
-    whole.append(second.survey);
     if (!whole.isText())
         return PlaylistReadResult::failed(PlaylistTexts::notAPlaylist.toString());
 
     const PlaylistTextDecoder::Encoding encoding = whole.encoding();
     const bool keepGuideKeys = guides == PlaylistReader::Guides::kept;
-    // Room for every channel in the first run, which takes the second's in the end.
-    PlaylistParserRun run(base, encoding, whole.channelCapacity(), keepGuideKeys);
-    std::optional<PlaylistParserRun> later;
     QList<WebAddress> guideAddresses;
-    second.limit = second.size;
-    runBeside(
-        [&] {
-            later.emplace(base, encoding, second.survey.channelCapacity(), keepGuideKeys);
-            second.read(handle, [&later](QByteArrayView block) { later->readBlock(block); });
+    parts.back().limit = parts.back().size;
+    auto runs = parseParts(
+        qsizetype(parts.size()), base, encoding, keepGuideKeys,
+        [&](qsizetype part) {
+            return part == 0 ? whole.channelCapacity()
+                             : parts[size_t(part)].survey.channelCapacity();
         },
-        [&] { first.read(handle, parsingBlocks(run, encoding, base, guides, guideAddresses)); });
-    if (auto failure = readFailure(first, second))
+        [&](qsizetype part, PlaylistParserRun &run) {
+            if (part == 0)
+                return parts.front().read(
+                    handle, parsingBlocks(run, encoding, base, guides, guideAddresses));
+            parts[size_t(part)].read(handle,
+                                     [&run](QByteArrayView block) { run.readBlock(block); });
+        });
+    if (auto failure = readFailure(parts))
         return failure;
-    run.append(std::move(*later));
-    return finished(run, base, std::move(guideAddresses));
+    return finished(*runs.front(), base, std::move(guideAddresses));
 }
 
 #endif
@@ -305,24 +369,25 @@ PlaylistReadResult PlaylistReader::read(QByteArrayView bytes, const WebAddress &
     if (!survey.isText())
         return PlaylistReadResult::failed(PlaylistTexts::notAPlaylist.toString());
     const QByteArrayView text = PlaylistTextDecoder::textBytes(bytes, survey.encoding());
-    const qsizetype split = handOverPoint(text);
+    const QList<qint64> starts =
+        partStarts(text.size(), [text](qint64 offset, qsizetype window) -> std::optional<qint64> {
+            const qsizetype at = text.sliced(offset, std::min<qint64>(window, text.size() - offset))
+                                     .indexOf(descriptionStart);
+            return at < 0 ? std::nullopt : std::optional<qint64>(offset + at);
+        });
+    const auto partText = [&](qsizetype part) {
+        const qint64 end = part + 1 < starts.size() ? starts[part + 1] : text.size();
+        return text.sliced(starts[part], end - starts[part]);
+    };
     const qsizetype capacity = survey.channelCapacity();
-    PlaylistParserRun run(base, survey.encoding(), capacity, true);
-    if (split == text.size()) {
-        run.readBlock(text);
-    } else {
-        std::optional<PlaylistParserRun> second;
-        runBeside(
-            [&] {
-                // Room for its share of the channels, by bytes; the list grows if that is short.
-                second.emplace(base, survey.encoding(),
-                               capacity * (text.size() - split) / text.size(), true);
-                second->readBlock(text.sliced(split));
-            },
-            [&] { run.readBlock(text.first(split)); });
-        run.append(std::move(*second));
-    }
-    return finished(run, base, GuideAddresses::fromPlaylist(bytes, base));
+    auto runs = parseParts(
+        starts.size(), base, survey.encoding(), true,
+        // The other parts make room for their share of the channels, by bytes.
+        [&](qsizetype part) {
+            return part == 0 ? capacity : capacity * partText(part).size() / text.size();
+        },
+        [&](qsizetype part, PlaylistParserRun &run) { run.readBlock(partText(part)); });
+    return finished(*runs.front(), base, GuideAddresses::fromPlaylist(bytes, base));
 }
 
 PlaylistReadResult PlaylistReader::readDevice(QIODevice &device, const WebAddress &base,
@@ -347,7 +412,7 @@ PlaylistReadResult PlaylistReader::readDevice(QIODevice &device, const WebAddres
     limit = std::min(limit, std::numeric_limits<qint64>::max() - 1);
 #if defined(Q_OS_UNIX)
     if (const int handle = positionalHandle(device); handle >= 0) {
-        if (auto result = readInHalves(handle, start, size, limit, base, guides))
+        if (auto result = readInParts(handle, start, size, limit, base, guides))
             return std::move(*result);
     }
 #endif

@@ -1,4 +1,3 @@
-#include "HugePageHeap.h"
 #include "M3uCommands.h"
 
 #include <QCoreApplication>
@@ -8,7 +7,6 @@
 
 int main(int argc, char **argv)
 {
-    HugePageHeap::restartWithHugePages(argv);
     // A core application gives QFile and the text codecs their usual environment; no event loop
     // runs.
     QCoreApplication application(argc, argv);
