@@ -21,13 +21,9 @@ public:
     static constexpr qint64 maximumBytes = 64 * 1024 * 1024;
     // How much of a file is read at a time: a block ends at its last line break.
     static constexpr qsizetype blockBytes = 1024 * 1024;
-    // Text from this size on is cut into parts (at description lines) that two threads parse at
-    // once: most machines have a second core, and the list is on screen that much sooner.
+    // Text from this size on is cut in two parts (at a description line) that two threads parse
+    // at once: most machines have a second core, and the list is on screen that much sooner.
     static constexpr qsizetype splitBytes = 2 * 1024 * 1024;
-    // About how large each part is, in at most maxParts parts. Each thread takes the next part
-    // when it is done with one, so a core that is slower (busy with other work) parses fewer.
-    static constexpr qsizetype partBytes = 4 * 1024 * 1024;
-    static constexpr qsizetype maxParts = 8;
     static QString tooLargeDescription();
 
     // Whether the result keeps each channel's guide keys and the header's guide addresses: a
