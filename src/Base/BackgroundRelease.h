@@ -6,7 +6,9 @@
 #include <QThread>
 #include <QThreadPool>
 
+#include <algorithm>
 #include <memory>
+#include <type_traits>
 #include <utility>
 
 // Destroys the value on a pool thread, below the main thread's priority.
@@ -19,9 +21,9 @@ void destroyOnPool(T &&doomed)
     });
 }
 
-// The thread that frees long lists: a pool of its own, so that its pauses never hold up the work
-// of the global pool (parsing and indexing the list that replaces the one being freed). It is
-// destroyed at exit once the lists handed to it are freed.
+// The thread that frees long lists and schedules: a pool of its own, so that its pauses never
+// hold up the work of the global pool (parsing and indexing the list that replaces the one being
+// freed). It is destroyed at exit once what was handed to it is freed.
 inline QThreadPool &listReleasePool()
 {
     static QThreadPool pool;
@@ -29,16 +31,27 @@ inline QThreadPool &listReleasePool()
     return pool;
 }
 
+// Frees a large value on the release thread in steps, with a pause after each. Freeing
+// hundreds of thousands of strings at full speed slowed the window's own work several times
+// over while it ran (the repaint right after a new list's address was entered took 12-16 ms
+// instead of 3, in about one load of thirty); in steps, 100,000 channels are still gone within
+// about a tenth of a second, and the window does not notice. freeStep(doomed) frees one step's
+// worth and returns whether anything is left.
+template <typename T, typename FreeStep>
+void releaseInSteps(T &&doomed, FreeStep freeStep)
+{
+    listReleasePool().start([doomed = std::forward<T>(doomed), freeStep]() mutable {
+        BackgroundPriority::lowerCurrentThread();
+        while (freeStep(doomed))
+            QThread::msleep(1);
+        doomed = std::decay_t<T>();
+    });
+}
+
 // Lets go of a list on a worker thread when the caller holds its last reference. Freeing the
 // channels of a long playlist one string at a time takes tens of milliseconds, longer than a
 // frame, so the main thread hands that work away; a list someone else still shares only loses
 // a reference, at once. Short lists are freed in place, where that is cheaper than a hand-over.
-//
-// The worker frees a slice of the list at a time, with a pause after each. Freeing 300,000
-// strings at full speed slowed the window's own work several times over while it ran (the
-// repaint right after a new list's address was entered took 12-16 ms instead of 3 in about one
-// load of thirty); a slice at a time, 100,000 channels are still gone within about a tenth of a
-// second, and the window does not notice.
 template <typename T>
 void releaseInBackground(QList<T> &&list)
 {
@@ -47,14 +60,10 @@ void releaseInBackground(QList<T> &&list)
         list = {};
         return;
     }
-    listReleasePool().start([doomed = std::move(list)]() mutable {
-        BackgroundPriority::lowerCurrentThread();
-        constexpr qsizetype slice = 2048;
-        while (doomed.size() > slice) {
-            doomed.resize(doomed.size() - slice);
-            QThread::msleep(1);
-        }
-        doomed = QList<T>();
+    releaseInSteps(std::move(list), [](QList<T> &doomed) {
+        constexpr qsizetype step = 2048;
+        doomed.resize(std::max<qsizetype>(doomed.size() - step, 0));
+        return !doomed.isEmpty();
     });
 }
 

@@ -125,8 +125,9 @@ void ProgrammeGuide::dropSchedule()
     m_clock.stop();
     if (m_schedule.isEmpty())
         return;
-    // A schedule of thousands of channels is let go of on a worker thread.
-    destroyOnPool(std::exchange(m_schedule, {}));
+    // A schedule of thousands of channels is let go of on a worker thread, a step at a time.
+    releaseInSteps(std::exchange(m_schedule, {}),
+                   [](GuideSchedule &doomed) { return doomed.freeProgrammes(2048); });
     Q_EMIT scheduleChanged();
 }
 

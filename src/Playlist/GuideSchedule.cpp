@@ -74,3 +74,18 @@ std::optional<qint64> GuideSchedule::nextChangeAfter(qint64 time) const
         return std::nullopt;
     return *next;
 }
+
+bool GuideSchedule::freeProgrammes(qsizetype count)
+{
+    // Programmes another copy of the schedule still holds only lose a reference, at once.
+    if (!m_programmes.isDetached()) {
+        m_programmes = {};
+        return false;
+    }
+    qsizetype freed = 0;
+    for (auto channel = m_programmes.begin(); channel != m_programmes.end() && freed < count;) {
+        freed += channel->size();
+        channel = m_programmes.erase(channel);
+    }
+    return !m_programmes.isEmpty();
+}

@@ -36,6 +36,10 @@ public:
     // The first moment after the time at which a programme of any channel starts or ends.
     std::optional<qint64> nextChangeAfter(qint64 time) const;
 
+    // Frees the programmes of channels, at least count of them unless fewer are left, for a
+    // schedule that is let go of a step at a time. Returns whether any are left.
+    bool freeProgrammes(qsizetype count);
+
 private:
     // The index of the first programme of list that ends after time.
     static qsizetype firstEndingAfter(const QList<GuideProgramme> &list, qint64 time);

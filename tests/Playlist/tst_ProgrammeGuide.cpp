@@ -238,6 +238,18 @@ private Q_SLOTS:
         QVERIFY(!schedule.hasProgrammes(list.entries[3].id));
         QCOMPARE(schedule.nextChangeAfter(now), utc("2026-11-23T19:00:00Z"));
         QCOMPARE(schedule.nextChangeAfter(utc("2026-11-24T01:00:00Z")), std::nullopt);
+
+        // Let go of a step at a time: a copy that shares the programmes only drops them, leaving
+        // the other whole; held alone, whole channels go until none is left.
+        GuideSchedule copy = schedule;
+        QVERIFY(!copy.freeProgrammes(1));
+        QVERIFY(copy.isEmpty());
+        QCOMPARE(schedule.onAt(bbc, now)->title, u"News"_s);
+        QCOMPARE(schedule.channelCount(), 3);
+        QVERIFY(schedule.freeProgrammes(1));
+        QCOMPARE(schedule.channelCount(), 2);
+        QVERIFY(!schedule.freeProgrammes(100));
+        QVERIFY(schedule.isEmpty());
     }
 
     void keepsWhatCameBeforeAFault_data()
