@@ -24,7 +24,7 @@ void destroyOnPool(T &&doomed)
 // The thread that frees long lists and schedules: a pool of its own, so that its pauses never
 // hold up the work of the global pool (parsing and indexing the list that replaces the one being
 // freed). It is destroyed at exit once what was handed to it is freed.
-inline QThreadPool &listReleasePool()
+inline QThreadPool &stepwiseReleasePool()
 {
     static QThreadPool pool;
     pool.setMaxThreadCount(1);
@@ -40,7 +40,7 @@ inline QThreadPool &listReleasePool()
 template <typename T, typename FreeStep>
 void releaseInSteps(T &&doomed, FreeStep freeStep)
 {
-    listReleasePool().start([doomed = std::forward<T>(doomed), freeStep]() mutable {
+    stepwiseReleasePool().start([doomed = std::forward<T>(doomed), freeStep]() mutable {
         BackgroundPriority::lowerCurrentThread();
         while (freeStep(doomed))
             QThread::msleep(1);

