@@ -11,16 +11,6 @@
 #include <type_traits>
 #include <utility>
 
-// Destroys the value on a pool thread, below the main thread's priority.
-template <typename T>
-void destroyOnPool(T &&doomed)
-{
-    QThreadPool::globalInstance()->start([doomed = std::forward<T>(doomed)]() mutable {
-        BackgroundPriority::lowerCurrentThread();
-        doomed = T();
-    });
-}
-
 // The thread that frees long lists and schedules: a pool of its own, so that its pauses never
 // hold up the work of the global pool (parsing and indexing the list that replaces the one being
 // freed). It is destroyed at exit once what was handed to it is freed.
@@ -31,12 +21,15 @@ inline QThreadPool &stepwiseReleasePool()
     return pool;
 }
 
+// How many elements (list entries, guide programmes) one step of releaseInSteps frees.
+inline constexpr qsizetype releaseStep = 2048;
+
 // Frees a large value on the release thread in steps, with a pause after each. Freeing
 // hundreds of thousands of strings at full speed slowed the window's own work several times
 // over while it ran (the repaint right after a new list's address was entered took 12-16 ms
 // instead of 3, in about one load of thirty); in steps, 100,000 channels are still gone within
 // about a tenth of a second, and the window does not notice. freeStep(doomed) frees one step's
-// worth and returns whether anything is left.
+// worth (about releaseStep elements) and returns whether anything is left.
 template <typename T, typename FreeStep>
 void releaseInSteps(T &&doomed, FreeStep freeStep)
 {
@@ -61,8 +54,7 @@ void releaseInBackground(QList<T> &&list)
         return;
     }
     releaseInSteps(std::move(list), [](QList<T> &doomed) {
-        constexpr qsizetype step = 2048;
-        doomed.resize(std::max<qsizetype>(doomed.size() - step, 0));
+        doomed.resize(std::max<qsizetype>(doomed.size() - releaseStep, 0));
         return !doomed.isEmpty();
     });
 }
@@ -76,5 +68,8 @@ void releaseInBackground(std::shared_ptr<T> &&object)
         object.reset();
         return;
     }
-    destroyOnPool(std::move(object));
+    QThreadPool::globalInstance()->start([doomed = std::move(object)]() mutable {
+        BackgroundPriority::lowerCurrentThread();
+        doomed.reset();
+    });
 }

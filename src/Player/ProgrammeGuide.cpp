@@ -10,7 +10,6 @@
 #include <QDateTime>
 #include <QFile>
 #include <QSettings>
-#include <QThreadPool>
 
 #include <algorithm>
 #include <utility>
@@ -127,7 +126,7 @@ void ProgrammeGuide::dropSchedule()
         return;
     // A schedule of thousands of channels is let go of on a worker thread, a step at a time.
     releaseInSteps(std::exchange(m_schedule, {}),
-                   [](GuideSchedule &doomed) { return doomed.freeProgrammes(2048); });
+                   [](GuideSchedule &doomed) { return doomed.freeProgrammes(releaseStep); });
     Q_EMIT scheduleChanged();
 }
 
