@@ -13,7 +13,7 @@
 // OpenGL behave as they do for a user.
 inline void prepareBenchProcess()
 {
-    AppStartup::limitMemoryPools();
+    AppStartup::giveEachThreadAMemoryPool();
     AppStartup::prepareGraphics();
 }
 

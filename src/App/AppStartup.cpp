@@ -1,8 +1,10 @@
 #include "App/AppStartup.h"
 
 #include <QCoreApplication>
+#include <QThread>
 #include <QtGlobal>
 
+#include <algorithm>
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
@@ -12,6 +14,9 @@
 #endif
 
 namespace {
+
+// Room for every thread the player runs, with some to spare.
+constexpr int memoryPoolsAtLeast = 64;
 
 QtMessageHandler previousHandler = nullptr;
 
@@ -57,11 +62,13 @@ void AppStartup::prepareGraphics()
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
 }
 
-void AppStartup::limitMemoryPools()
+void AppStartup::giveEachThreadAMemoryPool()
 {
 #if defined(__GLIBC__)
-    if (qEnvironmentVariableIsEmpty("MALLOC_ARENA_MAX"))
-        mallopt(M_ARENA_MAX, 2);
+    if (!qEnvironmentVariableIsEmpty("MALLOC_ARENA_MAX"))
+        return;
+    const int librariesDefault = 8 * std::max(1, QThread::idealThreadCount());
+    mallopt(M_ARENA_MAX, std::max(memoryPoolsAtLeast, librariesDefault));
 #endif
 }
 

@@ -22,10 +22,14 @@ public:
     // Sets the process state that libraries loaded later rely on: numbers printed and read with
     // a "." decimal point whatever the user's locale.
     static void fixNumericLocale();
-    // Call first, before any thread starts. The C library gives threads that allocate at once
-    // pools of their own, up to eight per core, and seldom returns what is freed in them; the
-    // engine starts its decoding threads again for every file, and the player's memory grew by
-    // some 45 MB with each of the first loads of a 1080p file. Two pools keep it flat. A limit
-    // the user set (MALLOC_ARENA_MAX) is kept.
-    static void limitMemoryPools();
+    // Call first, before any thread starts. The C library gives each thread that allocates a
+    // memory pool of its own until a limit is reached, and past it hands out pools already in
+    // use, the window thread's among them. A worker that shares the window's pool makes the
+    // window wait on the pool's lock, for milliseconds at a time while it parses or indexes a
+    // long list. The player runs about fifty threads (browser engine, engine and decoders,
+    // recorder, workers), more than the library's default of eight per core allows on a small
+    // machine, so the limit is raised to leave every thread a pool of its own. Memory stays
+    // flat across media loads: a file's decoder threads take the pools that the previous
+    // file's threads gave back. A limit the user set (MALLOC_ARENA_MAX) is kept.
+    static void giveEachThreadAMemoryPool();
 };

@@ -15,7 +15,7 @@
 
 int main(int argc, char **argv)
 {
-    AppStartup::limitMemoryPools();
+    AppStartup::giveEachThreadAMemoryPool();
     QStringList arguments;
     for (int i = 0; i < argc; ++i)
         arguments.append(QString::fromLocal8Bit(argv[i]));
