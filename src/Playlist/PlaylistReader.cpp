@@ -106,6 +106,13 @@ void runBeside(BesideWork &&besideWork, OwnWork &&ownWork)
 // The line break and prefix that start a channel's description line.
 constexpr QByteArrayView descriptionStart("\n#EXTINF:");
 
+// The offset of the first description line in bytes, which start at offset in the text.
+std::optional<qint64> descriptionIn(QByteArrayView bytes, qint64 offset)
+{
+    const qsizetype at = bytes.indexOf(descriptionStart);
+    return at < 0 ? std::nullopt : std::optional<qint64>(offset + at);
+}
+
 // Runs work(part) for each of the parts (one or two): the second on a helper thread while this
 // thread does the first.
 template <typename Work>
@@ -243,9 +250,7 @@ std::optional<qint64> fileDescriptionAt(int handle, qint64 offset, qsizetype win
     QByteArray bytes(window, Qt::Uninitialized);
     int error = 0;
     const qint64 got = readingAt(handle, offset, error)(bytes.data(), window);
-    const qsizetype at =
-        got > 0 ? QByteArrayView(bytes.constData(), got).indexOf(descriptionStart) : -1;
-    return at < 0 ? std::nullopt : std::optional(offset + at);
+    return descriptionIn(QByteArrayView(bytes.constData(), std::max<qint64>(got, 0)), offset);
 }
 
 // One of the parts of a file read at once.
@@ -285,7 +290,9 @@ std::vector<FilePart> fileParts(int handle, qint64 start, qint64 size, qint64 li
         return at ? std::optional(*at - start) : std::nullopt;
     });
     std::vector<FilePart> parts;
-    for (qsizetype part = 0; starts.size() > 1 && part < starts.size(); ++part) {
+    if (starts.size() < 2)
+        return parts;
+    for (qsizetype part = 0; part < starts.size(); ++part) {
         const qint64 end = part + 1 < starts.size() ? starts[part + 1] : limit + 1;
         parts.emplace_back(start + starts[part], end - starts[part]);
     }
@@ -359,12 +366,10 @@ PlaylistReadResult PlaylistReader::read(QByteArrayView bytes, const WebAddress &
     if (!survey.isText())
         return PlaylistReadResult::failed(PlaylistTexts::notAPlaylist.toString());
     const QByteArrayView text = PlaylistTextDecoder::textBytes(bytes, survey.encoding());
-    const QList<qint64> starts =
-        partStarts(text.size(), [text](qint64 offset, qsizetype window) -> std::optional<qint64> {
-            const qsizetype at = text.sliced(offset, std::min<qint64>(window, text.size() - offset))
-                                     .indexOf(descriptionStart);
-            return at < 0 ? std::nullopt : std::optional<qint64>(offset + at);
-        });
+    const QList<qint64> starts = partStarts(text.size(), [text](qint64 offset, qsizetype window) {
+        return descriptionIn(text.sliced(offset, std::min<qint64>(window, text.size() - offset)),
+                             offset);
+    });
     const auto partText = [&](qsizetype part) {
         const qint64 end = part + 1 < starts.size() ? starts[part + 1] : text.size();
         return text.sliced(starts[part], end - starts[part]);
