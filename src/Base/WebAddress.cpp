@@ -124,22 +124,26 @@ bool allowedBytes(QByteArrayView bytes)
     return true;
 }
 
+// The text before the first ":" when no "/", "?" or "#" comes before it and it is not empty.
+std::optional<QByteArrayView> schemeOf(QByteArrayView text)
+{
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        if (c == ':')
+            return i > 0 ? std::optional(text.first(i)) : std::nullopt;
+        if (c == '/' || c == '?' || c == '#')
+            break;
+    }
+    return std::nullopt;
+}
+
 Components split(QByteArrayView text)
 {
     Components parts;
     qsizetype pos = 0;
-    const qsizetype delimiter = [&] {
-        for (qsizetype i = 0; i < text.size(); ++i) {
-            const char c = text[i];
-            if (c == ':' || c == '/' || c == '?' || c == '#')
-                return i;
-        }
-        return text.size();
-    }();
-    if (delimiter > 0 && delimiter < text.size() && text[delimiter] == ':') {
-        parts.scheme = text.first(delimiter);
-        pos = delimiter + 1;
-    }
+    parts.scheme = schemeOf(text);
+    if (parts.scheme)
+        pos = parts.scheme->size() + 1;
     if (text.sliced(pos).startsWith("//")) {
         pos += 2;
         qsizetype end = pos;
@@ -388,24 +392,30 @@ std::optional<QString> WebAddress::percentDecoded(QByteArrayView encoded)
 
 bool WebAddress::hasScheme() const
 {
-    return split(m_text).scheme.has_value();
+    return schemeOf(m_text).has_value();
 }
 
 QString WebAddress::scheme() const
 {
-    const auto scheme = split(m_text).scheme;
+    const auto scheme = schemeOf(m_text);
     return scheme ? QString::fromLatin1(*scheme) : QString();
 }
 
+// Compared as bytes: these are asked of every channel of a long list, and a scheme is ASCII.
 bool WebAddress::isLocalFile() const
 {
-    return scheme().compare(u"file", Qt::CaseInsensitive) == 0;
+    return hasSchemeNamed("file");
 }
 
 bool WebAddress::isWebAddress() const
 {
-    const QString lower = scheme().toLower();
-    return lower == u"http" || lower == u"https";
+    return hasSchemeNamed("http") || hasSchemeNamed("https");
+}
+
+bool WebAddress::hasSchemeNamed(QByteArrayView name) const
+{
+    const std::optional<QByteArrayView> scheme = schemeOf(m_text);
+    return scheme && scheme->compare(name, Qt::CaseInsensitive) == 0;
 }
 
 std::optional<QString> WebAddress::host() const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -78,6 +79,7 @@ private:
     explicit WebAddress(QByteArray text) : m_text(std::move(text)) {}
     // Text made only of characters an address may hold, resolved against base.
     static std::optional<WebAddress> resolved(QByteArray ascii, const WebAddress &base);
+    bool hasSchemeNamed(QByteArrayView name) const;
 
     QByteArray m_text;
 };

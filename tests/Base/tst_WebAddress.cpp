@@ -207,6 +207,41 @@ private Q_SLOTS:
         QCOMPARE(address.pathExtension(), extension);
     }
 
+    void tellsSchemes_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("scheme");
+        QTest::addColumn<bool>("web");
+        QTest::addColumn<bool>("file");
+
+        QTest::newRow("http") << u"http://h/a"_s << u"http"_s << true << false;
+        QTest::newRow("https in capitals") << u"HTTPS://h"_s << u"HTTPS"_s << true << false;
+        QTest::newRow("mixed case") << u"hTtP:x"_s << u"hTtP"_s << true << false;
+        QTest::newRow("scheme only") << u"https:"_s << u"https"_s << true << false;
+        QTest::newRow("longer scheme") << u"httpsx://h"_s << u"httpsx"_s << false << false;
+        QTest::newRow("shorter scheme") << u"htt://h"_s << u"htt"_s << false << false;
+        QTest::newRow("other scheme") << u"rtmp://h/live"_s << u"rtmp"_s << false << false;
+        QTest::newRow("file") << u"FILE:///tmp/a.ts"_s << u"FILE"_s << false << true;
+        QTest::newRow("colon after a slash") << u"a/http:x"_s << QString() << false << false;
+        QTest::newRow("colon in the query") << u"//h/p?http:x"_s << QString() << false << false;
+        QTest::newRow("colon in the fragment") << u"p#file:x"_s << QString() << false << false;
+        QTest::newRow("relative path") << u"http"_s << QString() << false << false;
+    }
+
+    void tellsSchemes()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, scheme);
+        QFETCH(bool, web);
+        QFETCH(bool, file);
+        const std::optional<WebAddress> address = WebAddress::fromText(text);
+        QVERIFY(address);
+        QCOMPARE(address->scheme(), scheme);
+        QCOMPARE(address->hasScheme(), !scheme.isNull());
+        QCOMPARE(address->isWebAddress(), web);
+        QCOMPARE(address->isLocalFile(), file);
+    }
+
     void parsesQueryItems()
     {
         const WebAddress address =
