@@ -31,4 +31,12 @@ public:
         (void)size;
 #endif
     }
+
+    // The same for the room a container has reserved (std::vector, QList, QString, QByteArray).
+    template <typename Container>
+    static void prepareReservedRoom(Container &container)
+    {
+        prepareForWriting(container.data(),
+                          size_t(container.capacity()) * sizeof(*container.data()));
+    }
 };

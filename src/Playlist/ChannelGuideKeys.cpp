@@ -1,36 +1,52 @@
 #include "Playlist/ChannelGuideKeys.h"
 
+#include <algorithm>
+
 ChannelGuideKeys::ChannelGuideKeys(PlaylistTextDecoder::Encoding encoding, qsizetype capacity)
     : m_encoding(encoding)
 {
-    m_ends.reserve(capacity * 2);
+    lastBlock().ends.reserve(capacity * 2);
+}
+
+ChannelGuideKeys::Block &ChannelGuideKeys::lastBlock()
+{
+    if (m_blocks.isEmpty())
+        m_blocks.append(Block{});
+    return m_blocks.last();
 }
 
 void ChannelGuideKeys::append(std::optional<QByteArrayView> tvgID,
                               std::optional<QByteArrayView> tvgName)
 {
+    Block &block = lastBlock();
     if (tvgID)
-        m_bytes.append(*tvgID);
-    m_ends.append(m_bytes.size());
+        block.bytes.append(*tvgID);
+    block.ends.append(block.bytes.size());
     if (tvgName)
-        m_bytes.append(*tvgName);
-    m_ends.append(m_bytes.size());
+        block.bytes.append(*tvgName);
+    block.ends.append(block.bytes.size());
 }
 
-void ChannelGuideKeys::append(const ChannelGuideKeys &later)
+void ChannelGuideKeys::append(ChannelGuideKeys &&later)
 {
-    const qsizetype offset = m_bytes.size();
-    m_bytes.append(later.m_bytes);
-    m_ends.reserve(m_ends.size() + later.m_ends.size());
-    for (qsizetype end : later.m_ends)
-        m_ends.append(offset + end);
+    const qsizetype offset = size();
+    for (Block &block : later.m_blocks) {
+        block.firstChannel += offset;
+        m_blocks.append(std::move(block));
+    }
+    later.m_blocks.clear();
 }
 
-QString ChannelGuideKeys::text(qsizetype from, qsizetype to) const
+qsizetype ChannelGuideKeys::size() const
+{
+    return m_blocks.isEmpty() ? 0 : m_blocks.last().firstChannel + m_blocks.last().ends.size() / 2;
+}
+
+QString ChannelGuideKeys::text(const Block &block, qsizetype from, qsizetype to) const
 {
     if (from == to)
         return {};
-    return PlaylistTextDecoder::toString(QByteArrayView(m_bytes).sliced(from, to - from),
+    return PlaylistTextDecoder::toString(QByteArrayView(block.bytes).sliced(from, to - from),
                                          m_encoding);
 }
 
@@ -38,8 +54,15 @@ ChannelGuideKey ChannelGuideKeys::at(qsizetype i) const
 {
     if (i < 0 || i >= size())
         return {};
-    const qsizetype start = i == 0 ? 0 : m_ends[2 * i - 1];
-    return {text(start, m_ends[2 * i]), text(m_ends[2 * i], m_ends[2 * i + 1])};
+    // The last block that starts at or before channel i; a list has one block per part read.
+    const auto next = std::upper_bound(
+        m_blocks.begin(), m_blocks.end(), i,
+        [](qsizetype channel, const Block &block) { return channel < block.firstChannel; });
+    const Block &block = *(next - 1);
+    const qsizetype k = i - block.firstChannel;
+    const qsizetype start = k == 0 ? 0 : block.ends[2 * k - 1];
+    return {text(block, start, block.ends[2 * k]),
+            text(block, block.ends[2 * k], block.ends[2 * k + 1])};
 }
 
 QList<ChannelGuideKey> ChannelGuideKeys::toList() const

@@ -20,15 +20,19 @@ QByteArrayView title(QByteArrayView description, const EncodedText &text)
 } // namespace
 
 PlaylistParserRun::PlaylistParserRun(const WebAddress &base, PlaylistTextDecoder::Encoding encoding,
-                                     qsizetype capacity, bool keepGuideKeys)
-    : m_base(base), m_text(encoding), m_keepGuideKeys(keepGuideKeys),
-      m_guideKeys(encoding, keepGuideKeys ? capacity : 0)
+                                     qsizetype capacity, Options options)
+    : m_base(base), m_text(encoding), m_options(options),
+      m_guideKeys(encoding, options.keepGuideKeys ? capacity : 0)
 {
     m_entries.reserve(capacity);
     // Tens of megabytes for a large list: mapped in one step rather than a page fault at a time.
-    MemoryPrefault::prepareForWriting(m_entries.data(),
-                                      m_entries.capacity() * sizeof(PlaylistEntry));
+    MemoryPrefault::prepareReservedRoom(m_entries);
 }
+
+PlaylistParserRun::PlaylistParserRun(const WebAddress &base, PlaylistTextDecoder::Encoding encoding,
+                                     qsizetype capacity)
+    : PlaylistParserRun(base, encoding, capacity, Options{})
+{}
 
 void PlaylistParserRun::readBlock(QByteArrayView block)
 {
@@ -44,7 +48,7 @@ void PlaylistParserRun::readBlock(QByteArrayView block)
 void PlaylistParserRun::append(PlaylistParserRun &&later)
 {
     m_entries.append(std::move(later.m_entries));
-    m_guideKeys.append(later.m_guideKeys);
+    m_guideKeys.append(std::move(later.m_guideKeys));
     m_heldDescription = std::move(later.m_heldDescription);
     m_description =
         later.m_description ? std::optional(QByteArrayView(m_heldDescription)) : std::nullopt;
@@ -74,8 +78,11 @@ void PlaylistParserRun::addEntry(const WebAddress &address)
                       : PlaylistParser::Attributes{};
     PlaylistEntry entry{
         m_uuids.next(), entryName(address, attributes.tvgName), address, {}, {}, {}};
-    if (attributes.tvgLogo)
+    if (attributes.tvgLogo) {
         entry.logoURL = WebAddress::fromAscii(*attributes.tvgLogo);
+        if (m_options.webLogosOnly && entry.logoURL && !entry.logoURL->isWebAddress())
+            entry.logoURL.reset();
+    }
     if (const auto group = attributes.groupTitle)
         entry.groupTitle =
             m_groups.intern(*group, [this, group] { return m_text.toString(*group); });
@@ -86,7 +93,7 @@ void PlaylistParserRun::addEntry(const WebAddress &address)
         entry.countryCode =
             PlaylistParser::inferredCountryCode(attributes.tvgID, m_text, m_countries);
     m_entries.append(std::move(entry));
-    if (m_keepGuideKeys)
+    if (m_options.keepGuideKeys)
         m_guideKeys.append(attributes.tvgID, attributes.tvgName);
     m_description.reset();
 }

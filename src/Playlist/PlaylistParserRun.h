@@ -18,10 +18,21 @@
 class PlaylistParserRun
 {
 public:
-    // capacity: how many channels to make room for at once; keepGuideKeys: whether each
-    // channel's tvg-id and tvg-name are kept too (takeGuideKeys() is empty otherwise).
+    // What a run does besides what the parser's rule makes of the text.
+    struct Options
+    {
+        // Each channel's tvg-id and tvg-name are kept too (takeGuideKeys() is empty otherwise).
+        bool keepGuideKeys = false;
+        // A logo on anything but the web is left out, as each channel is made, while its text
+        // is still at hand.
+        bool webLogosOnly = false;
+    };
+
+    // capacity: how many channels to make room for at once.
     PlaylistParserRun(const WebAddress &base, PlaylistTextDecoder::Encoding encoding,
-                      qsizetype capacity, bool keepGuideKeys = false);
+                      qsizetype capacity, Options options);
+    PlaylistParserRun(const WebAddress &base, PlaylistTextDecoder::Encoding encoding,
+                      qsizetype capacity);
 
     // The next block of text bytes (the byte-order mark left out). A block ends after a line break
     // byte (LF, VT, FF or CR), except the last one; it need not outlive the call.
@@ -44,7 +55,7 @@ private:
     std::optional<QByteArrayView> m_description;
     QByteArray m_heldDescription;
     QList<PlaylistEntry> m_entries;
-    const bool m_keepGuideKeys;
+    const Options m_options;
     ChannelGuideKeys m_guideKeys;
     StringPool m_groups;
     StringPool m_countries;

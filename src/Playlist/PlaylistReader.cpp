@@ -1,6 +1,6 @@
 #include "Playlist/PlaylistReader.h"
 
-#include "Base/BackgroundPriority.h"
+#include "Base/WorkBeside.h"
 #include "Playlist/GuideAddresses.h"
 #include "Playlist/PlaylistError.h"
 #include "Playlist/PlaylistParser.h"
@@ -15,7 +15,6 @@
 #include <limits>
 #include <optional>
 #include <system_error>
-#include <thread>
 #include <vector>
 
 #if defined(Q_OS_UNIX)
@@ -31,13 +30,15 @@ namespace {
 // A list from the network may name logos and guides on the network only. Anything else would let
 // a web page make the player read the user's files, or a device that never ends
 // ("file:///dev/zero").
-void keepWebAddressesOnly(QList<PlaylistEntry> &entries, QList<WebAddress> &guides)
+bool webAddressesOnly(const WebAddress &base)
 {
-    for (PlaylistEntry &entry : entries) {
-        if (entry.logoURL && !entry.logoURL->isWebAddress())
-            entry.logoURL.reset();
-    }
-    guides.removeIf([](const WebAddress &guide) { return !guide.isWebAddress(); });
+    return !base.isLocalFile();
+}
+
+PlaylistParserRun::Options runOptions(const WebAddress &base, PlaylistReader::Guides guides)
+{
+    return {.keepGuideKeys = guides == PlaylistReader::Guides::kept,
+            .webLogosOnly = webAddressesOnly(base)};
 }
 
 // The bytes that readSome gives (it reads at most the size asked for into the memory given and
@@ -81,26 +82,6 @@ qint64 readBlocks(ReadSome &&readSome, qint64 limit, ReadBlock &&readBlock)
 auto readingFrom(QIODevice &device)
 {
     return [&device](char *data, qint64 size) { return device.read(data, size); };
-}
-
-// Runs besideWork on a thread of its own (below this one) and ownWork on this thread at the same
-// time, and returns when both are done. Without a thread to be had (a process limit), the two
-// run one after the other.
-template <typename BesideWork, typename OwnWork>
-void runBeside(BesideWork &&besideWork, OwnWork &&ownWork)
-{
-    std::thread helper;
-    try {
-        helper = std::thread([&besideWork] {
-            BackgroundPriority::lowerCurrentThread();
-            besideWork();
-        });
-    } catch (const std::system_error &) {
-        besideWork();
-    }
-    ownWork();
-    if (helper.joinable())
-        helper.join();
 }
 
 // The line break and prefix that start a channel's description line.
@@ -153,11 +134,11 @@ QList<qint64> partStarts(qint64 size, DescriptionAt &&descriptionAt)
 template <typename CapacityOf, typename ReadPart>
 std::vector<std::optional<PlaylistParserRun>>
 parseParts(qsizetype parts, const WebAddress &base, PlaylistTextDecoder::Encoding encoding,
-           bool keepGuideKeys, CapacityOf &&capacityOf, ReadPart &&readPart)
+           PlaylistParserRun::Options options, CapacityOf &&capacityOf, ReadPart &&readPart)
 {
     std::vector<std::optional<PlaylistParserRun>> runs(static_cast<size_t>(parts));
     shareParts(parts, [&](qsizetype part) {
-        readPart(part, runs[size_t(part)].emplace(base, encoding, capacityOf(part), keepGuideKeys));
+        readPart(part, runs[size_t(part)].emplace(base, encoding, capacityOf(part), options));
     });
     for (qsizetype part = 1; part < parts; ++part)
         runs.front()->append(std::move(*runs[size_t(part)]));
@@ -186,8 +167,8 @@ PlaylistReadResult finished(PlaylistParserRun &run, const WebAddress &base,
     QList<PlaylistEntry> entries = run.takeEntries();
     if (entries.isEmpty())
         return PlaylistReadResult::failed(localizedDescription(PlaylistError::empty));
-    if (!base.isLocalFile())
-        keepWebAddressesOnly(entries, guideAddresses);
+    if (webAddressesOnly(base))
+        guideAddresses.removeIf([](const WebAddress &guide) { return !guide.isWebAddress(); });
     return {std::move(entries), {}, run.takeGuideKeys(), std::move(guideAddresses)};
 }
 
@@ -209,7 +190,7 @@ PlaylistReadResult readInOnePass(QIODevice &device, qint64 start, qint64 limit,
     if (!device.seek(start))
         return PlaylistReadResult::failed(device.errorString());
     PlaylistParserRun run(base, survey.encoding(), survey.channelCapacity(),
-                          guides == PlaylistReader::Guides::kept);
+                          runOptions(base, guides));
     QList<WebAddress> guideAddresses;
     if (readBlocks(readingFrom(device), size,
                    parsingBlocks(run, survey.encoding(), base, guides, guideAddresses)) < 0)
@@ -329,11 +310,10 @@ std::optional<PlaylistReadResult> readInParts(int handle, qint64 start, qint64 s
         return PlaylistReadResult::failed(PlaylistTexts::notAPlaylist.toString());
 
     const PlaylistTextDecoder::Encoding encoding = whole.encoding();
-    const bool keepGuideKeys = guides == PlaylistReader::Guides::kept;
     QList<WebAddress> guideAddresses;
     parts.back().limit = parts.back().size;
     auto runs = parseParts(
-        qsizetype(parts.size()), base, encoding, keepGuideKeys,
+        qsizetype(parts.size()), base, encoding, runOptions(base, guides),
         [&](qsizetype part) {
             return part == 0 ? whole.channelCapacity()
                              : parts[size_t(part)].survey.channelCapacity();
@@ -361,27 +341,33 @@ QString PlaylistReader::tooLargeDescription()
 
 PlaylistReadResult PlaylistReader::read(QByteArrayView bytes, const WebAddress &base)
 {
-    PlaylistTextSurvey survey;
-    survey.add(bytes);
-    if (!survey.isText())
-        return PlaylistReadResult::failed(PlaylistTexts::notAPlaylist.toString());
-    const QByteArrayView text = PlaylistTextDecoder::textBytes(bytes, survey.encoding());
-    const QList<qint64> starts = partStarts(text.size(), [text](qint64 offset, qsizetype window) {
-        return descriptionIn(text.sliced(offset, std::min<qint64>(window, text.size() - offset)),
+    const QList<qint64> starts = partStarts(bytes.size(), [bytes](qint64 offset, qsizetype window) {
+        return descriptionIn(bytes.sliced(offset, std::min<qint64>(window, bytes.size() - offset)),
                              offset);
     });
-    const auto partText = [&](qsizetype part) {
-        const qint64 end = part + 1 < starts.size() ? starts[part + 1] : text.size();
-        return text.sliced(starts[part], end - starts[part]);
+    const auto partBytes = [&](qsizetype part) {
+        const qint64 end = part + 1 < starts.size() ? starts[part + 1] : bytes.size();
+        return bytes.sliced(starts[part], end - starts[part]);
     };
-    const qsizetype capacity = survey.channelCapacity();
+    // Each part surveyed on the thread that parses it next, as a file's parts are.
+    std::vector<PlaylistTextSurvey> surveys(size_t(starts.size()));
+    shareParts(starts.size(), [&](qsizetype part) { surveys[size_t(part)].add(partBytes(part)); });
+    PlaylistTextSurvey whole;
+    for (const PlaylistTextSurvey &survey : surveys)
+        whole.append(survey);
+    if (!whole.isText())
+        return PlaylistReadResult::failed(PlaylistTexts::notAPlaylist.toString());
+
+    const PlaylistTextDecoder::Encoding encoding = whole.encoding();
     auto runs = parseParts(
-        starts.size(), base, survey.encoding(), true,
-        // The other parts make room for their share of the channels, by bytes.
+        starts.size(), base, encoding, runOptions(base, Guides::kept),
         [&](qsizetype part) {
-            return part == 0 ? capacity : capacity * partText(part).size() / text.size();
+            return part == 0 ? whole.channelCapacity() : surveys[size_t(part)].channelCapacity();
         },
-        [&](qsizetype part, PlaylistParserRun &run) { run.readBlock(partText(part)); });
+        [&](qsizetype part, PlaylistParserRun &run) {
+            run.readBlock(part == 0 ? PlaylistTextDecoder::textBytes(partBytes(0), encoding)
+                                    : partBytes(part));
+        });
     return finished(*runs.front(), base, GuideAddresses::fromPlaylist(bytes, base));
 }
 

@@ -61,7 +61,7 @@ void PlaylistTransfer::reserveBody(qint64 length)
 {
     // Mapped in one call rather than a page fault per page as the pieces arrive.
     m_body.reserve(length);
-    MemoryPrefault::prepareForWriting(m_body.data(), size_t(m_body.capacity()));
+    MemoryPrefault::prepareReservedRoom(m_body);
 }
 
 void PlaylistTransfer::onReadyRead()

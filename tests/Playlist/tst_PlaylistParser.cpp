@@ -4,6 +4,7 @@
 
 #include "TestData.h"
 
+#include <QBuffer>
 #include <QDirIterator>
 #include <QSet>
 #include <QTemporaryDir>
@@ -299,8 +300,18 @@ private Q_SLOTS:
         const QStringList whole = describeAll(PlaylistReader::read(bytes, base).entries);
         QCOMPARE(whole.size(), count);
         QCOMPARE(describeAll(PlaylistReader::readFile(path).entries), whole);
-        QCOMPARE(PlaylistReader::read(bytes, base).guideKeys.toList(),
-                 PlaylistReader::readFile(path).guideKeys.toList());
+        const QList<ChannelGuideKey> keys = PlaylistReader::read(bytes, base).guideKeys.toList();
+        QCOMPARE(keys.size(), count);
+        QCOMPARE(PlaylistReader::readFile(path).guideKeys.toList(), keys);
+
+        // A buffer has no file behind it to read at two places: it is read in one pass, the
+        // reference for the parts joined above.
+        QBuffer buffer(&bytes);
+        QVERIFY(buffer.open(QIODevice::ReadOnly));
+        const PlaylistReadResult onePass =
+            PlaylistReader::readDevice(buffer, base, PlaylistReader::maximumBytes);
+        QCOMPARE(describeAll(onePass.entries), whole);
+        QCOMPARE(onePass.guideKeys.toList(), keys);
 
         // A pipe cannot go back: it is read whole, and gives the same.
         int ends[2];
@@ -442,20 +453,48 @@ private Q_SLOTS:
         QCOMPARE(fields.join(u'|'), expected);
     }
 
+    void listsFromTheNetworkNameWebLogosOnly_data()
+    {
+        QTest::addColumn<int>("copies");
+        QTest::addColumn<bool>("onePass");
+        QTest::newRow("short list") << 1 << false;
+        QTest::newRow("list read in two halves") << 2 << false;
+        QTest::newRow("list read in one pass from a device") << 2 << true;
+    }
+
     void listsFromTheNetworkNameWebLogosOnly()
     {
-        const QByteArray text = "#EXTINF:-1 tvg-logo=\"file:///dev/zero\",A\nhttp://s/a\n"
-                                "#EXTINF:-1 tvg-logo=\"HTTPS://l/b.png\",B\nhttp://s/b\n"
-                                "#EXTINF:-1 tvg-logo=\"logo.png\",C\nhttp://s/c\n";
-        const auto logos = [&text](const WebAddress &base) {
+        QFETCH(int, copies);
+        QFETCH(bool, onePass);
+        const QByteArray logos = "#EXTINF:-1 tvg-logo=\"file:///dev/zero\",A\nhttp://s/a\n"
+                                 "#EXTINF:-1 tvg-logo=\"HTTPS://l/b.png\",B\nhttp://s/b\n"
+                                 "#EXTINF:-1 tvg-logo=\"logo.png\",C\nhttp://s/c\n";
+        const QByteArray plain = "#EXTINF:-1,Plain\nhttp://s/plain\n";
+        // The logos at the start and, for a list long enough to be cut, again in its second half.
+        QByteArray text = logos;
+        for (int copy = 1; copy < copies; ++copy)
+            text += plain.repeated(PlaylistReader::splitBytes / plain.size()) + logos;
+        const auto logosOf = [&](const WebAddress &base) {
+            QBuffer buffer(&text);
+            const PlaylistReadResult result =
+                onePass && buffer.open(QIODevice::ReadOnly)
+                    ? PlaylistReader::readDevice(buffer, base, PlaylistReader::maximumBytes)
+                    : PlaylistReader::read(text, base);
             QStringList found;
-            for (const PlaylistEntry &entry : PlaylistReader::read(text, base).entries)
-                found.append(entry.logoURL ? entry.logoURL->text() : u"-"_s);
+            for (const PlaylistEntry &entry : result.entries) {
+                if (entry.name != u"Plain")
+                    found.append(entry.logoURL ? entry.logoURL->text() : u"-"_s);
+            }
             return found;
         };
-        QCOMPARE(logos(remoteBase()), (QStringList{u"-"_s, u"HTTPS://l/b.png"_s, u"-"_s}));
-        QCOMPARE(logos(WebAddress::fromLocalFile(u"/srv/lists/list.m3u"_s)),
-                 (QStringList{u"file:///dev/zero"_s, u"HTTPS://l/b.png"_s, u"logo.png"_s}));
+        QStringList webOnly;
+        QStringList all;
+        for (int copy = 0; copy < copies; ++copy) {
+            webOnly << u"-"_s << u"HTTPS://l/b.png"_s << u"-"_s;
+            all << u"file:///dev/zero"_s << u"HTTPS://l/b.png"_s << u"logo.png"_s;
+        }
+        QCOMPARE(logosOf(remoteBase()), webOnly);
+        QCOMPARE(logosOf(WebAddress::fromLocalFile(u"/srv/lists/list.m3u"_s)), all);
     }
 
     void survivesHostileInput_data()
