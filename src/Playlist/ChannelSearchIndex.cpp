@@ -1,5 +1,8 @@
 #include "Playlist/ChannelSearchIndex.h"
 
+#include "Base/MemoryPrefault.h"
+#include "Base/WorkBeside.h"
+
 #include "Playlist/CountryNames.h"
 
 #include <QStringMatcher>
@@ -12,21 +15,38 @@ ChannelSearchIndex::ChannelSearchIndex(const QList<PlaylistEntry> &entries)
     m_nameStarts.reserve(count + 1);
     m_countryOf.reserve(count);
     m_groupOf.reserve(count);
+    // Megabytes for a long list, filled at once: mapped in a call per block, not a fault a page.
+    MemoryPrefault::prepareReservedRoom(m_nameStarts);
+    MemoryPrefault::prepareReservedRoom(m_countryOf);
+    MemoryPrefault::prepareReservedRoom(m_groupOf);
     qsizetype nameLength = 0;
-    for (const PlaylistEntry &entry : entries)
-        nameLength += entry.name.size() + 1;
-    m_foldedNames.reserve(nameLength);
-
     for (const PlaylistEntry &entry : entries) {
-        m_nameStarts.push_back(m_foldedNames.size());
-        appendFolded(m_foldedNames, entry.name);
-        m_foldedNames.append(u'\n');
-        m_countryOf.push_back(
-            entry.countryCode ? numberOf(m_countryNumbers, m_countries, *entry.countryCode) : -1);
-        m_groupOf.push_back(entry.groupTitle ? numberOf(m_groupNumbers, m_groups, *entry.groupTitle)
-                                             : -1);
+        m_nameStarts.push_back(nameLength);
+        nameLength += entry.name.size() + 1;
     }
-    m_nameStarts.push_back(m_foldedNames.size());
+    m_nameStarts.push_back(nameLength);
+    m_foldedNames = QString(nameLength, Qt::Uninitialized);
+    MemoryPrefault::prepareReservedRoom(m_foldedNames);
+    m_countryOf.resize(count);
+    m_groupOf.resize(count);
+
+    // Each half is numbered on its own, and the second half's numbers then follow the first's.
+    Numbering firstHalf;
+    Numbering secondHalf;
+    const size_t middle = count >= size_t(splitEntries) ? count / 2 : count;
+    char16_t *nameChars = reinterpret_cast<char16_t *>(m_foldedNames.data());
+    const auto indexFirstHalf = [&] { indexEntries(entries, 0, middle, nameChars, firstHalf); };
+    if (middle < count)
+        runBeside([&] { indexEntries(entries, middle, count, nameChars, secondHalf); },
+                  indexFirstHalf);
+    else
+        indexFirstHalf();
+    m_countryNumbers = std::move(firstHalf.countryNumbers);
+    m_countries = std::move(firstHalf.countries);
+    m_groupNumbers = std::move(firstHalf.groupNumbers);
+    m_groups = std::move(firstHalf.groups);
+    renumber(m_countryOf, middle, secondHalf.countries, m_countryNumbers, m_countries);
+    renumber(m_groupOf, middle, secondHalf.groups, m_groupNumbers, m_groups);
 
     for (const QString &group : std::as_const(m_groups)) {
         QString folded;
@@ -41,6 +61,36 @@ ChannelSearchIndex::ChannelSearchIndex(const QList<PlaylistEntry> &entries)
     for (const QString &code : std::as_const(m_countries))
         names.append(CountryNames::englishName(code));
     ChannelFilter::sortLocalized(m_countryChoices, names);
+}
+
+void ChannelSearchIndex::indexEntries(const QList<PlaylistEntry> &entries, size_t from, size_t to,
+                                      char16_t *names, Numbering &numbering)
+{
+    for (size_t i = from; i < to; ++i) {
+        const PlaylistEntry &entry = entries.at(qsizetype(i));
+        char16_t *name = names + m_nameStarts[i];
+        fold(name, entry.name);
+        name[entry.name.size()] = u'\n';
+        m_countryOf[i] = entry.countryCode ? numberOf(numbering.countryNumbers, numbering.countries,
+                                                      *entry.countryCode)
+                                           : -1;
+        m_groupOf[i] = entry.groupTitle
+                           ? numberOf(numbering.groupNumbers, numbering.groups, *entry.groupTitle)
+                           : -1;
+    }
+}
+
+void ChannelSearchIndex::renumber(std::vector<int> &numbers, size_t from, const QStringList &values,
+                                  QHash<QString, int> &wholeNumbers, QStringList &wholeValues)
+{
+    std::vector<int> whole;
+    whole.reserve(size_t(values.size()));
+    for (const QString &value : values)
+        whole.push_back(numberOf(wholeNumbers, wholeValues, value));
+    for (size_t i = from; i < numbers.size(); ++i) {
+        if (numbers[i] >= 0)
+            numbers[i] = whole[size_t(numbers[i])];
+    }
 }
 
 int ChannelSearchIndex::numberOf(QHash<QString, int> &numbers, QStringList &values,
@@ -58,8 +108,13 @@ int ChannelSearchIndex::numberOf(QHash<QString, int> &numbers, QStringList &valu
 void ChannelSearchIndex::appendFolded(QString &out, QStringView text)
 {
     const qsizetype start = out.size();
-    out.append(text);
-    char16_t *chars = reinterpret_cast<char16_t *>(out.data()) + start;
+    out.resize(start + text.size());
+    fold(reinterpret_cast<char16_t *>(out.data()) + start, text);
+}
+
+void ChannelSearchIndex::fold(char16_t *chars, QStringView text)
+{
+    std::copy(text.utf16(), text.utf16() + text.size(), chars);
     const qsizetype length = text.size();
     for (qsizetype i = 0; i < length; ++i) {
         const char16_t c = chars[i];
@@ -123,6 +178,9 @@ QList<int> ChannelSearchIndex::matchingRows(const ChannelFilterCriteria &criteri
     const QString query = ChannelFilter::query(criteria.search);
     const size_t count = m_countryOf.size();
     if (query.isEmpty()) {
+        // Without a choice every row is shown: room for all of them at once.
+        if (country < 0 && group < 0)
+            rows.reserve(qsizetype(count));
         for (size_t i = 0; i < count; ++i) {
             if (passesChoices(i))
                 rows.append(int(i));

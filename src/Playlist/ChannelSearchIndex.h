@@ -19,6 +19,9 @@
 class ChannelSearchIndex
 {
 public:
+    // From this many entries on, the two halves of a list are indexed at once.
+    static constexpr qsizetype splitEntries = 20'000;
+
     ChannelSearchIndex() = default;
     explicit ChannelSearchIndex(const QList<PlaylistEntry> &entries);
 
@@ -29,8 +32,27 @@ public:
     const QStringList &categories() const { return m_categoryChoices; }
 
 private:
+    // Countries and groups numbered in the order they first appear.
+    struct Numbering
+    {
+        QHash<QString, int> countryNumbers;
+        QStringList countries;
+        QHash<QString, int> groupNumbers;
+        QStringList groups;
+    };
+
+    // Folds the names of entries [from, to) into names, at their starts, and numbers their
+    // countries and groups.
+    void indexEntries(const QList<PlaylistEntry> &entries, size_t from, size_t to, char16_t *names,
+                      Numbering &numbering);
+    // Turns numbers from on, made by a numbering of their own that holds values, into numbers of
+    // the whole list's numbering, which takes the values it did not have yet.
+    static void renumber(std::vector<int> &numbers, size_t from, const QStringList &values,
+                         QHash<QString, int> &wholeNumbers, QStringList &wholeValues);
     // Case-folds text one code point at a time, as QString's case-insensitive search compares.
     static void appendFolded(QString &out, QStringView text);
+    // The same into chars, which has room for text.
+    static void fold(char16_t *chars, QStringView text);
     static int numberOf(QHash<QString, int> &numbers, QStringList &values, const QString &value);
     std::vector<char> entriesWithNameContaining(const QString &foldedQuery) const;
 

@@ -142,16 +142,29 @@ private Q_SLOTS:
 
     void indexAgreesWithTheRuleOnRealLists_data()
     {
-        QTest::addColumn<QString>("path");
-        QTest::newRow("2021 channels") << u"m3u/iptv-org-2021-channels/us.m3u"_s;
-        QTest::newRow("2026 streams") << u"m3u/iptv-org-2026-streams/in.m3u"_s;
-        QTest::newRow("cp1252 list") << u"m3u/made/all-tv-cp1252.m3u"_s;
+        QTest::addColumn<QStringList>("paths");
+        QTest::addColumn<int>("copies"); // of the first list, before the others
+        const QString channels2021 = u"m3u/iptv-org-2021-channels/us.m3u"_s;
+        const QString cp1252 = u"m3u/made/all-tv-cp1252.m3u"_s;
+        QTest::newRow("2021 channels") << QStringList{channels2021} << 1;
+        QTest::newRow("2026 streams") << QStringList{u"m3u/iptv-org-2026-streams/in.m3u"_s} << 1;
+        QTest::newRow("cp1252 list") << QStringList{cp1252} << 1;
+        // Long enough to be indexed in halves, with countries and groups that first appear in
+        // the second half, after others that the second half meets in another order.
+        QTest::newRow("lists joined, indexed in halves")
+            << QStringList{channels2021, cp1252, u"m3u/iptv-org-2021-channels/ch.m3u"_s}
+            << int(ChannelSearchIndex::splitEntries / readList(channels2021).size() + 1);
     }
 
     void indexAgreesWithTheRuleOnRealLists()
     {
-        QFETCH(QString, path);
-        const QList<PlaylistEntry> entries = readList(path);
+        QFETCH(QStringList, paths);
+        QFETCH(int, copies);
+        QList<PlaylistEntry> entries;
+        for (int copy = 0; copy < copies; ++copy)
+            entries += readList(paths.first());
+        for (const QString &path : paths.sliced(1))
+            entries += readList(path);
         QVERIFY(entries.size() > 500);
         const ChannelSearchIndex index(entries);
         QCOMPARE(index.countryCodes(), ChannelFilter::countryCodes(entries));
