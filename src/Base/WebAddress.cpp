@@ -401,7 +401,7 @@ QString WebAddress::scheme() const
     return scheme ? QString::fromLatin1(*scheme) : QString();
 }
 
-// Compared as bytes: these are asked of every channel of a long list, and a scheme is ASCII.
+// Compared as bytes, without making strings: a network list asks isWebAddress() of every logo.
 bool WebAddress::isLocalFile() const
 {
     return hasSchemeNamed("file");
