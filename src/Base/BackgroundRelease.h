@@ -16,11 +16,11 @@
 // freed). It is destroyed at exit once what was handed to it is freed.
 inline QThreadPool &stepwiseReleasePool()
 {
-    static QThreadPool &pool = []() -> QThreadPool & {
-        static QThreadPool single;
-        single.setMaxThreadCount(1);
-        return single;
-    }();
+    struct OneThreadPool : QThreadPool
+    {
+        OneThreadPool() { setMaxThreadCount(1); }
+    };
+    static OneThreadPool pool;
     return pool;
 }
 

@@ -6,6 +6,7 @@
 #include <emmintrin.h>
 #endif
 
+#include <algorithm>
 #include <array>
 #include <initializer_list>
 #include <string_view>
@@ -404,18 +405,20 @@ QString WebAddress::scheme() const
 // Compared as bytes, without making strings: a network list asks isWebAddress() of every logo.
 bool WebAddress::isLocalFile() const
 {
-    return hasSchemeNamed("file");
+    return hasSchemeAmong({"file"});
 }
 
 bool WebAddress::isWebAddress() const
 {
-    return hasSchemeNamed("http") || hasSchemeNamed("https");
+    return hasSchemeAmong({"http", "https"});
 }
 
-bool WebAddress::hasSchemeNamed(QByteArrayView name) const
+bool WebAddress::hasSchemeAmong(std::initializer_list<QByteArrayView> names) const
 {
     const std::optional<QByteArrayView> scheme = schemeOf(m_text);
-    return scheme && scheme->compare(name, Qt::CaseInsensitive) == 0;
+    return scheme && std::any_of(names.begin(), names.end(), [&scheme](QByteArrayView name) {
+               return scheme->compare(name, Qt::CaseInsensitive) == 0;
+           });
 }
 
 std::optional<QString> WebAddress::host() const

@@ -6,6 +6,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <initializer_list>
 #include <optional>
 
 // An address (URI reference) kept as its exact text.
@@ -79,7 +80,8 @@ private:
     explicit WebAddress(QByteArray text) : m_text(std::move(text)) {}
     // Text made only of characters an address may hold, resolved against base.
     static std::optional<WebAddress> resolved(QByteArray ascii, const WebAddress &base);
-    bool hasSchemeNamed(QByteArrayView name) const;
+    // Whether the scheme is one of names, in any letter case.
+    bool hasSchemeAmong(std::initializer_list<QByteArrayView> names) const;
 
     QByteArray m_text;
 };

@@ -2,6 +2,8 @@
 
 #include "Base/BackgroundPriority.h"
 
+#include <QtGlobal>
+
 #include <system_error>
 #include <thread>
 
@@ -24,4 +26,14 @@ void runBeside(BesideWork &&besideWork, OwnWork &&ownWork)
     ownWork();
     if (helper.joinable())
         helper.join();
+}
+
+// Runs work(part) for each of the parts (one or two): the second on a helper thread while this
+// thread does the first.
+template <typename Work>
+void shareParts(qsizetype parts, Work &&work)
+{
+    if (parts == 1)
+        return work(0);
+    runBeside([&work] { work(1); }, [&work] { work(0); });
 }

@@ -31,22 +31,19 @@ ChannelSearchIndex::ChannelSearchIndex(const QList<PlaylistEntry> &entries)
     m_groupOf.resize(count);
 
     // Each half is numbered on its own, and the second half's numbers then follow the first's.
-    Numbering firstHalf;
-    Numbering secondHalf;
+    Numbering halves[2];
     const size_t middle = count >= size_t(splitEntries) ? count / 2 : count;
     char16_t *nameChars = reinterpret_cast<char16_t *>(m_foldedNames.data());
-    const auto indexFirstHalf = [&] { indexEntries(entries, 0, middle, nameChars, firstHalf); };
-    if (middle < count)
-        runBeside([&] { indexEntries(entries, middle, count, nameChars, secondHalf); },
-                  indexFirstHalf);
-    else
-        indexFirstHalf();
-    m_countryNumbers = std::move(firstHalf.countryNumbers);
-    m_countries = std::move(firstHalf.countries);
-    m_groupNumbers = std::move(firstHalf.groupNumbers);
-    m_groups = std::move(firstHalf.groups);
-    renumber(m_countryOf, middle, secondHalf.countries, m_countryNumbers, m_countries);
-    renumber(m_groupOf, middle, secondHalf.groups, m_groupNumbers, m_groups);
+    shareParts(middle < count ? 2 : 1, [&](qsizetype half) {
+        indexEntries(entries, half == 0 ? 0 : middle, half == 0 ? middle : count, nameChars,
+                     halves[half]);
+    });
+    m_countryNumbers = std::move(halves[0].countryNumbers);
+    m_countries = std::move(halves[0].countries);
+    m_groupNumbers = std::move(halves[0].groupNumbers);
+    m_groups = std::move(halves[0].groups);
+    renumber(m_countryOf, middle, halves[1].countries, m_countryNumbers, m_countries);
+    renumber(m_groupOf, middle, halves[1].groups, m_groupNumbers, m_groups);
 
     for (const QString &group : std::as_const(m_groups)) {
         QString folded;

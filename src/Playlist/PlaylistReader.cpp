@@ -94,16 +94,6 @@ std::optional<qint64> descriptionIn(QByteArrayView bytes, qint64 offset)
     return at < 0 ? std::nullopt : std::optional<qint64>(offset + at);
 }
 
-// Runs work(part) for each of the parts (one or two): the second on a helper thread while this
-// thread does the first.
-template <typename Work>
-void shareParts(qsizetype parts, Work &&work)
-{
-    if (parts == 1)
-        return work(0);
-    runBeside([&work] { work(1); }, [&work] { work(0); });
-}
-
 // Where text of size bytes can be cut into parts that parse on their own: the offsets at which
 // parts start, the first being 0, the second (for text of PlaylistReader::splitBytes or more) at
 // a description line at or after the middle. That line replaces whatever description the part
