@@ -1,5 +1,6 @@
 #include "Playlist/PlaylistReader.h"
 
+#include "Base/HeapRoom.h"
 #include "Base/WorkBeside.h"
 #include "Playlist/GuideAddresses.h"
 #include "Playlist/PlaylistError.h"
@@ -117,18 +118,35 @@ QList<qint64> partStarts(qint64 size, DescriptionAt &&descriptionAt)
     return starts;
 }
 
+// What a part of a text needs room for.
+struct PartSize
+{
+    // Channels its run makes room for (a list grows if that is short).
+    qsizetype channels = 0;
+    // Its bytes. The channels' strings take about as many bytes of the heap (a little less for
+    // lists of long names and addresses, up to twice for lists of short ones): so much is mapped
+    // before the part is parsed. Less would leave the rest to fault in as before, more is mapped
+    // for nothing and given back when the part is done.
+    qint64 bytes = 0;
+};
+
 // Parses the parts of a text at once (see shareParts), each into a run of its own, made by the
 // thread that takes the part, and joins the runs in order into the first one. readPart(part, run)
-// reads a part into its run; capacityOf(part) is how many channels its run makes room for (a list
-// grows if that is short): the first run's room is for every channel, as it takes the others'.
-template <typename CapacityOf, typename ReadPart>
+// reads a part into its run; sizeOf(part) is what its run makes room for: the first run's room for
+// channels is for every channel, as it takes the others'.
+template <typename SizeOf, typename ReadPart>
 std::vector<std::optional<PlaylistParserRun>>
 parseParts(qsizetype parts, const WebAddress &base, PlaylistTextDecoder::Encoding encoding,
-           PlaylistParserRun::Options options, CapacityOf &&capacityOf, ReadPart &&readPart)
+           PlaylistParserRun::Options options, SizeOf &&sizeOf, ReadPart &&readPart)
 {
     std::vector<std::optional<PlaylistParserRun>> runs(static_cast<size_t>(parts));
     shareParts(parts, [&](qsizetype part) {
-        readPart(part, runs[size_t(part)].emplace(base, encoding, capacityOf(part), options));
+        const PartSize size = sizeOf(part);
+        PlaylistParserRun &run = runs[size_t(part)].emplace(base, encoding, size.channels, options);
+        // After the run's list of channels, which glibc may cut from the room when it is larger
+        // than the room's blocks, as it is once glibc has raised the size it maps blocks from.
+        const HeapRoom room{size_t(size.bytes)};
+        readPart(part, run);
     });
     for (qsizetype part = 1; part < parts; ++part)
         runs.front()->append(std::move(*runs[size_t(part)]));
@@ -181,6 +199,7 @@ PlaylistReadResult readInOnePass(QIODevice &device, qint64 start, qint64 limit,
         return PlaylistReadResult::failed(device.errorString());
     PlaylistParserRun run(base, survey.encoding(), survey.channelCapacity(),
                           runOptions(base, guides));
+    const HeapRoom room{size_t(size)}; // as for a part of a text (see parseParts)
     QList<WebAddress> guideAddresses;
     if (readBlocks(readingFrom(device), size,
                    parsingBlocks(run, survey.encoding(), base, guides, guideAddresses)) < 0)
@@ -305,8 +324,9 @@ std::optional<PlaylistReadResult> readInParts(int handle, qint64 start, qint64 s
     auto runs = parseParts(
         qsizetype(parts.size()), base, encoding, runOptions(base, guides),
         [&](qsizetype part) {
-            return part == 0 ? whole.channelCapacity()
-                             : parts[size_t(part)].survey.channelCapacity();
+            return PartSize{part == 0 ? whole.channelCapacity()
+                                      : parts[size_t(part)].survey.channelCapacity(),
+                            parts[size_t(part)].limit};
         },
         [&](qsizetype part, PlaylistParserRun &run) {
             if (part == 0)
@@ -352,7 +372,9 @@ PlaylistReadResult PlaylistReader::read(QByteArrayView bytes, const WebAddress &
     auto runs = parseParts(
         starts.size(), base, encoding, runOptions(base, Guides::kept),
         [&](qsizetype part) {
-            return part == 0 ? whole.channelCapacity() : surveys[size_t(part)].channelCapacity();
+            return PartSize{part == 0 ? whole.channelCapacity()
+                                      : surveys[size_t(part)].channelCapacity(),
+                            partBytes(part).size()};
         },
         [&](qsizetype part, PlaylistParserRun &run) {
             run.readBlock(part == 0 ? PlaylistTextDecoder::textBytes(partBytes(0), encoding)
