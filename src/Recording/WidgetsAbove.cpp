@@ -27,12 +27,20 @@ std::vector<WidgetsAbove::Placed> WidgetsAbove::over(const QWidget &view)
 
 QImage WidgetsAbove::picture(const QWidget &view, const Placed &placed, double scale)
 {
+    QImage image;
+    paint(view, placed, scale, image);
+    return image;
+}
+
+void WidgetsAbove::paint(const QWidget &view, const Placed &placed, double scale, QImage &image)
+{
     const QWidget *window = view.window();
     const QPoint origin = view.mapFrom(window, placed.widget->mapTo(window, QPoint(0, 0)));
-    QImage image(placed.covered.size() * scale, QImage::Format_ARGB32_Premultiplied);
+    const QSize pixels = placed.covered.size() * scale;
+    if (image.size() != pixels || image.format() != QImage::Format_ARGB32_Premultiplied)
+        image = QImage(pixels, QImage::Format_ARGB32_Premultiplied);
     image.setDevicePixelRatio(scale);
     image.fill(Qt::transparent);
     placed.widget->render(&image, QPoint(), QRegion(placed.covered.translated(-origin)),
                           QWidget::DrawChildren);
-    return image;
 }

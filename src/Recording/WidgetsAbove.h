@@ -25,4 +25,7 @@ public:
     // The covered part of the widget with its children, on transparency, at scale pixels per
     // unit.
     static QImage picture(const QWidget &view, const Placed &placed, double scale);
+    // The same picture painted into image, whose memory is used again where it has the size:
+    // for pictures taken with every repaint of a window.
+    static void paint(const QWidget &view, const Placed &placed, double scale, QImage &image);
 };

@@ -167,15 +167,21 @@ void PlayerHostingView::refreshOverlays()
     if (!isVisible())
         return;
     const double scale = devicePixelRatioF();
-    std::vector<Overlay> overlays;
-    for (const WidgetsAbove::Placed &placed : WidgetsAbove::over(*this))
-        overlays.push_back({placed.covered, WidgetsAbove::picture(*this, placed, scale)});
+    const std::vector<WidgetsAbove::Placed> placed = WidgetsAbove::over(*this);
+    // Painted over the pictures that the last change replaced: this comes with every repaint of
+    // the window, and fresh memory for the pictures would fault in a page at a time each time.
+    m_spareOverlays.resize(placed.size());
+    for (size_t i = 0; i < placed.size(); ++i) {
+        m_spareOverlays[i].covered = placed[i].covered;
+        WidgetsAbove::paint(*this, placed[i], scale, m_spareOverlays[i].image);
+    }
     const auto same = [](const Overlay &a, const Overlay &b) {
         return a.covered == b.covered && a.image == b.image;
     };
-    if (std::equal(overlays.begin(), overlays.end(), m_overlays.begin(), m_overlays.end(), same))
+    if (std::equal(m_spareOverlays.begin(), m_spareOverlays.end(), m_overlays.begin(),
+                   m_overlays.end(), same))
         return;
-    m_overlays = std::move(overlays);
+    std::swap(m_overlays, m_spareOverlays);
     m_overlaysChanged = true;
     relayout();
 }

@@ -204,6 +204,7 @@ private:
 
     QPointer<QWidget> m_watchedWindow;
     std::vector<Overlay> m_overlays;
+    std::vector<Overlay> m_spareOverlays; // painted again at each refresh
     std::vector<GLuint> m_overlayTextures;
     bool m_overlaysChanged = false;
 

@@ -328,6 +328,12 @@ private Q_SLOTS:
         QVERIFY(shows({320, 170}, qRgb(128, 255, 128)));
         QVERIFY(shows({100, 250}, qRgb(255, 0, 0)));
         QVERIFY(shows({540, 180}, qRgb(0, 0, 255)));
+        // A widget that changes its look but neither its size nor its place, twice: each look
+        // must reach the screen, not the one before it.
+        solid.setStyleSheet(QStringLiteral("background: rgb(0, 255, 255)"));
+        QTRY_VERIFY(shows({60, 170}, qRgb(0, 255, 255)));
+        solid.setStyleSheet(QStringLiteral("background: rgb(255, 255, 0)"));
+        QTRY_VERIFY(shows({60, 170}, qRgb(255, 255, 0)));
         solid.hide();
         QTRY_VERIFY(shows({60, 170}, qRgb(255, 0, 0)));
 
