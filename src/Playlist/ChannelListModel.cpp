@@ -82,7 +82,6 @@ void ChannelListModel::refilter(bool listChanged)
     };
     if (entries.size() <= synchronousLimit) {
         m_incomingEntries.reset();
-        setPendingGeneration(0);
         show(work(), listChanged || newList);
         return;
     }
@@ -94,7 +93,6 @@ void ChannelListModel::refilter(bool listChanged)
             return;
         if (newList)
             m_incomingEntries.reset();
-        setPendingGeneration(0);
         show(filtered, newList);
     });
 }
@@ -106,6 +104,8 @@ void ChannelListModel::show(Filtered filtered, bool listChanged)
     releaseInBackground(std::exchange(m_index, std::move(filtered.index)));
     releaseInBackground(std::exchange(m_rows, std::move(filtered.rows)));
     endResetModel();
+    // Filtering ends with the new rows in place: whoever looks as it ends sees them.
+    setPendingGeneration(0);
     if (listChanged)
         Q_EMIT choicesChanged();
     Q_EMIT rowsSettled();

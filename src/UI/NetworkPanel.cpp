@@ -114,8 +114,10 @@ NetworkPanel::NetworkPanel(PlayerModel &model, ContentState &state, LocalM3UActi
     connect(&m_state, &ContentState::movieNameChanged, this, &NetworkPanel::refreshMovieName);
     connect(&m_state, &ContentState::showMovieNameChanged, this, &NetworkPanel::refreshMovieName);
     connect(&m_model, &PlayerModel::isLoadingChanged, this, &NetworkPanel::refreshPlayButton);
+    connect(&m_model, &PlayerModel::isLoadingChanged, this, &NetworkPanel::refreshChannels);
     ChannelListModel &list = state.networkChannels();
     connect(&list, &ChannelListModel::rowsSettled, this, &NetworkPanel::refreshChannels);
+    connect(&list, &ChannelListModel::isFilteringChanged, this, &NetworkPanel::refreshChannels);
     connect(&m_model.guide(), &ProgrammeGuide::scheduleChanged, this,
             &NetworkPanel::refreshChannels);
     connect(m_guideButton, &QToolButton::clicked, this, &NetworkPanel::showGuideOfSelection);
@@ -151,7 +153,11 @@ void NetworkPanel::refreshPlayButton()
 void NetworkPanel::refreshChannels()
 {
     const ChannelListModel &list = m_state.networkChannels();
-    m_channels->setVisible(!list.entries().isEmpty());
+    // Shown from the start of a playlist's load until it has failed, not only once the list has
+    // come: a load empties the list first, and the section hidden and shown again would lay out a
+    // long list within the same step as it arrives. A section already shown lays it out later, in
+    // a step of its own.
+    m_channels->setVisible(!list.entries().isEmpty() || m_model.isLoading() || list.isFiltering());
     m_header->setText(WindowTexts::channelsHeader.toString() +
                       QString::number(list.filteredCount()));
     m_guideButton->setVisible(!m_model.guide().schedule().isEmpty());

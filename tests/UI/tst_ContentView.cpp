@@ -142,6 +142,33 @@ QByteArray guideAround(qint64 boundary)
            "</tv>\n";
 }
 
+// A playlist of count channels, one line pair each.
+QByteArray playlistOf(int count)
+{
+    QByteArray text = "#EXTM3U\n";
+    for (int channel = 0; channel < count; ++channel) {
+        const QByteArray number = QByteArray::number(channel);
+        text += "#EXTINF:-1 group-title=\"News\",Channel " + number + "\nhttp://127.0.0.1:9/" +
+                number + ".m3u8\n";
+    }
+    return text;
+}
+
+// Counts the times a widget is hidden.
+class HideCounter : public QObject
+{
+public:
+    explicit HideCounter(QWidget *widget) { widget->installEventFilter(this); }
+    int hides = 0;
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        hides += event->type() == QEvent::Hide;
+        return false;
+    }
+};
+
 QToolButton *buttonWithHelp(QWidget *parent, QStringView help)
 {
     for (QToolButton *button : parent->findChildren<QToolButton *>())
@@ -176,6 +203,18 @@ private Q_SLOTS:
                                   "#EXTINF:-1 group-title=\"Sport\",Arena\n"
                                   "http://127.0.0.1:9/arena.m3u8\n",
                               "audio/x-mpegurl"));
+        // Answers that take a moment, so that the window can be seen while they load.
+        constexpr std::chrono::milliseconds answerDelay{300};
+        TestHttpReply shortList = TestHttpReply::of(200, "OK", playlistOf(3), "audio/x-mpegurl");
+        shortList.delay = answerDelay;
+        m_server.route("/slow-short.m3u", shortList);
+        TestHttpReply longList = TestHttpReply::of(
+            200, "OK", playlistOf(ChannelListModel::synchronousLimit + 5'000), "audio/x-mpegurl");
+        longList.delay = answerDelay;
+        m_server.route("/slow-long.m3u", longList);
+        TestHttpReply absent = TestHttpReply::of(404, "Not Found", "no such list");
+        absent.delay = answerDelay;
+        m_server.route("/slow-missing.m3u", absent);
         m_server.route("/logo.png",
                        TestHttpReply::of(200, "OK", pngOf({128, 64}, Qt::red), "image/png"));
     }
@@ -324,6 +363,43 @@ private Q_SLOTS:
         QCOMPARE(state().networkChannels().filteredCount(), networkRows);
         QCOMPARE(m_store->entries().size(), savedLinks);
         QCOMPARE(state().localLinks().filteredCount(), savedLinks);
+    }
+
+    void channelSectionStaysWhileAPlaylistLoads_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<int>("channels"); // listed in the end; none when the load fails
+        QTest::newRow("a short list") << u"/slow-short.m3u"_s << 3;
+        QTest::newRow("a list indexed beside the window")
+            << u"/slow-long.m3u"_s << int(ChannelListModel::synchronousLimit + 5'000);
+        QTest::newRow("a load that fails") << u"/slow-missing.m3u"_s << 0;
+    }
+
+    // The channel section shows as a playlist starts to load, and is not hidden again until the
+    // list has come (a section shown again lays out its long list in the same step) or the load
+    // has failed.
+    void channelSectionStaysWhileAPlaylistLoads()
+    {
+        QFETCH(QString, path);
+        QFETCH(int, channels);
+        ChannelListView *list = network()->channelList();
+        QVERIFY(!list->isVisible());
+        HideCounter counter(list);
+        m_model->openRemote(m_server.url(path), std::nullopt);
+        QVERIFY(m_model->isLoading());
+        QVERIFY(list->isVisible());
+        const QString header = WindowTexts::channelsHeader.toString();
+        QCOMPARE(network()->channelsHeader()->text(), header + u"0"_s);
+
+        QTRY_VERIFY(!m_model->isLoading());
+        if (channels == 0) {
+            QVERIFY(m_model->errorMessage().has_value());
+            QVERIFY(!list->isVisible());
+            return;
+        }
+        QTRY_COMPARE(network()->channelsHeader()->text(), header + QString::number(channels));
+        QVERIFY(list->isVisible());
+        QCOMPARE(counter.hides, 0);
     }
 
     void pastedAddressListsChannelsThatFiltersNarrow()
