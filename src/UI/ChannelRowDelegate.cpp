@@ -232,9 +232,12 @@ void ChannelRowDelegate::paintProgress(QPainter *painter, const QRect &track,
                       progressColor);
 }
 
-QSize ChannelRowDelegate::sizeHint(const QStyleOptionViewItem &option, const QModelIndex &) const
+QSize ChannelRowDelegate::sizeHint(const QStyleOptionViewItem &, const QModelIndex &) const
 {
-    return {option.rect.width(), rowHeight};
+    // No width of its own: a list view gives each row the width of its viewport, which changes
+    // as the scroll bar comes and goes. A width taken from the viewport as it was when the rows
+    // were laid out would outlast it, and the row's buttons would lie under the scroll bar.
+    return {0, rowHeight};
 }
 
 bool ChannelRowDelegate::editorEvent(QEvent *event, QAbstractItemModel *,

@@ -400,6 +400,12 @@ private Q_SLOTS:
         QTRY_COMPARE(network()->channelsHeader()->text(), header + QString::number(channels));
         QVERIFY(list->isVisible());
         QCOMPARE(counter.hides, 0);
+        // Every channel can be scrolled to, its row whole beside the scroll bar a long list has
+        // (the list may still be laid out as it shows).
+        const QModelIndex last = list->model()->index(channels - 1, 0);
+        QTRY_VERIFY(
+            (list->scrollTo(last), list->indexAt(list->visualRect(last).center()) == last &&
+                                       list->viewport()->rect().contains(list->visualRect(last))));
     }
 
     void pastedAddressListsChannelsThatFiltersNarrow()
