@@ -1,5 +1,7 @@
 #include "Recording/WidgetsAbove.h"
 
+#include "Base/MemoryPrefault.h"
+
 #include <QWidget>
 
 std::vector<WidgetsAbove::Placed> WidgetsAbove::over(const QWidget &view)
@@ -37,8 +39,11 @@ void WidgetsAbove::paint(const QWidget &view, const Placed &placed, double scale
     const QWidget *window = view.window();
     const QPoint origin = view.mapFrom(window, placed.widget->mapTo(window, QPoint(0, 0)));
     const QSize pixels = placed.covered.size() * scale;
-    if (image.size() != pixels || image.format() != QImage::Format_ARGB32_Premultiplied)
+    if (image.size() != pixels || image.format() != QImage::Format_ARGB32_Premultiplied) {
         image = QImage(pixels, QImage::Format_ARGB32_Premultiplied);
+        // Hundreds of kilobytes about to be filled: mapped in one step.
+        MemoryPrefault::prepareForWriting(image.bits(), size_t(image.sizeInBytes()));
+    }
     image.setDevicePixelRatio(scale);
     image.fill(Qt::transparent);
     placed.widget->render(&image, QPoint(), QRegion(placed.covered.translated(-origin)),
