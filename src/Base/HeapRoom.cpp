@@ -31,8 +31,11 @@ HeapRoom::HeapRoom([[maybe_unused]] size_t bytes)
             break;
         pieces.push_back(memory);
     }
-    if (pieces.empty())
+    if (pieces.size() < 2) { // no memory to be had: no room
+        for (void *const piece : pieces)
+            std::free(piece);
         return;
+    }
     // The highest piece is the one next to the top of the heap, which glibc gives back to the
     // system when it grows large: held, it keeps the others from joining the top.
     std::sort(pieces.begin(), pieces.end(), std::less<>());

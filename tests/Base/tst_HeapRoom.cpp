@@ -2,6 +2,7 @@
 
 #include <QTest>
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <thread>
