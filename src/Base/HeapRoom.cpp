@@ -38,9 +38,9 @@ HeapRoom::HeapRoom([[maybe_unused]] size_t bytes)
     }
     // The highest piece is the one next to the top of the heap, which glibc gives back to the
     // system when it grows large: held, it keeps the others from joining the top.
-    std::sort(pieces.begin(), pieces.end(), std::less<>());
-    m_held = pieces.back();
-    pieces.pop_back();
+    const auto highest = std::max_element(pieces.begin(), pieces.end(), std::less<>());
+    m_held = *highest;
+    pieces.erase(highest);
     // A page that two pieces share holds the header of the second, which glibc wrote as it cut
     // the piece: it is mapped already.
     for (void *const piece : pieces) {

@@ -4,6 +4,7 @@
 #include "Playlist/PlaylistReader.h"
 #include "Playlist/PlaylistTexts.h"
 
+#include "NumberedPlaylist.h"
 #include "TestHttpServer.h"
 #include "TestPlayer.h"
 
@@ -213,15 +214,10 @@ private Q_SLOTS:
         QFETCH(bool, announced);
         QFETCH(qsizetype, pieceSize);
         constexpr int count = 40'000;
-        QByteArray body = "#EXTM3U\n";
         QStringList expected;
-        for (int i = 0; i < count; ++i) {
+        for (int i = 0; i < count; ++i)
             expected.append(u"Channel %1"_s.arg(i));
-            body += "#EXTINF:-1 group-title=\"G" + QByteArray::number(i % 97) + "\",Channel " +
-                    QByteArray::number(i) + "\nhttp://tv.example/" + QByteArray::number(i) +
-                    ".m3u8\n";
-        }
-        TestHttpReply reply = playlist(body);
+        TestHttpReply reply = playlist(numberedPlaylist(count));
         reply.announceLength = announced;
         if (pieceSize > 0) {
             reply.pieceSize = pieceSize;

@@ -4,6 +4,7 @@
 // answered by the test, and saved links in a temporary home.
 
 #include "Base/SymbolIcons.h"
+#include "NumberedPlaylist.h"
 #include "Player/PlayerModel.h"
 #include "Player/PlayerTexts.h"
 #include "Player/ProgrammeGuide.h"
@@ -142,18 +143,6 @@ QByteArray guideAround(qint64 boundary)
            "</tv>\n";
 }
 
-// A playlist of count channels, one line pair each.
-QByteArray playlistOf(int count)
-{
-    QByteArray text = "#EXTM3U\n";
-    for (int channel = 0; channel < count; ++channel) {
-        const QByteArray number = QByteArray::number(channel);
-        text += "#EXTINF:-1 group-title=\"News\",Channel " + number + "\nhttp://127.0.0.1:9/" +
-                number + ".m3u8\n";
-    }
-    return text;
-}
-
 // Counts the times a widget is hidden.
 class HideCounter : public QObject
 {
@@ -205,11 +194,13 @@ private Q_SLOTS:
                               "audio/x-mpegurl"));
         // Answers that take a moment, so that the window can be seen while they load.
         constexpr std::chrono::milliseconds answerDelay{300};
-        TestHttpReply shortList = TestHttpReply::of(200, "OK", playlistOf(3), "audio/x-mpegurl");
+        TestHttpReply shortList =
+            TestHttpReply::of(200, "OK", numberedPlaylist(3), "audio/x-mpegurl");
         shortList.delay = answerDelay;
         m_server.route("/slow-short.m3u", shortList);
         TestHttpReply longList = TestHttpReply::of(
-            200, "OK", playlistOf(ChannelListModel::synchronousLimit + 5'000), "audio/x-mpegurl");
+            200, "OK", numberedPlaylist(ChannelListModel::synchronousLimit + 5'000),
+            "audio/x-mpegurl");
         longList.delay = answerDelay;
         m_server.route("/slow-long.m3u", longList);
         TestHttpReply absent = TestHttpReply::of(404, "Not Found", "no such list");
